@@ -1,0 +1,5 @@
+// Marks what libvorn.so exports. Everything else is hidden: the library is
+// built with -fvisibility=hidden and a version script.
+#pragma once
+
+#define VORN_EXPORT __attribute__((visibility("default")))

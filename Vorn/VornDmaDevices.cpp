@@ -1,0 +1,165 @@
+// Device commands: presence, naming, parameters, state, statistics, the
+// multi-processor mode and the driver's device listings.
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+#include "Mox/Assert.h"
+#include "Vorn/VornDma.h"
+#include "Vorn/VornDmaPrivate.h"
+
+namespace Hardware::Vorn {
+
+using dma::command;
+using dma::simulation;
+
+// The PCI address of `ham` as "%04x:%02x:%02x.%1x" in `buf`; -1 (nothing
+// written) when no PCI device is behind it.
+int pciName(Mox::Ptr<Fru::PciHam const> ham, char* buf, unsigned int size) {
+  if (!ham) return -1;
+  Fru::PciHamImpl::PtrConst impl = ham->pciHamImpl();
+  if (!impl) return -1;
+  Fru::PciAddress a = impl->address();
+  std::snprintf(buf, size, "%04x:%02x:%02x.%1x", a.domain, a.bus, a.device, a.function);
+  return 0;
+}
+
+bool vornDmaPresent(Mox::String name, Mox::Ptr<Fru::PciHam const> ham) {
+  (void)name;  // the driver knows the device by its PCI address
+  if (simulation()) return true;
+  char pci[64];
+  if (pciName(ham, pci, sizeof pci) != 0) return false;
+  char buf[kCommandSize];
+  command(buf, "devpresent %s", pci);
+  return fab_ioctl(buf, kCommandSize) == 0;
+}
+
+int vornDmaDeviceRename(Mox::String name, Mox::Ptr<Fru::PciHam const> ham) {
+  if (simulation()) return 0;
+  char pci[64];
+  if (ham) {
+    int rc = pciName(ham, pci, sizeof pci);
+    if (rc != 0) {
+      VORN_DMA_TRACE(0, "vornDmaDeviceRename", " ", name, " not hardwarePresent, error: ", rc);
+      syserr("devname");
+    }
+  } else {
+    std::snprintf(pci, sizeof pci, "%s", "nopcidev");
+  }
+  char buf[kCommandSize];
+  if (command(buf, "devname %s %s", name.charPtr(), pci) < 0) {
+    VORN_DMA_TRACE(0, "vornDmaDeviceRename", " ", name, " buffer overflow ");
+    syserr("devname");
+  }
+  int rc = fab_ioctl(buf, kCommandSize);
+  if (rc == 0 || rc == EEXIST) return rc;
+  VORN_DMA_ERROR("vornDmaDeviceRename", buf, rc);
+  if (rc == ENODEV) {
+    // The device vanished under the driver: signal the caller, and still
+    // answer 19 if the signal is caught or ignored.
+    std::raise(7);
+    return rc;
+  }
+  syserr("devname");
+}
+
+int vornDmaDeviceParam(Mox::String name, FapType type, FapId id, unsigned int p1, unsigned int p2,
+                       unsigned int p3, unsigned int p4, unsigned int p5, unsigned int p6) {
+  if (simulation()) return 0;
+  char buf[kCommandSize];
+  command(buf, "devparams %s %u %u %u %u %u %u %u %u", name.charPtr(), static_cast<unsigned>(type),
+          static_cast<unsigned>(id.value()), p1, p2, p3, p4, p5, p6);
+  int rc = fab_ioctl(buf, kCommandSize);
+  if (rc == 0 || rc == EBUSY) return rc;
+  VORN_DMA_ERROR("vornDmaDeviceParam", buf, rc);
+  syserr("devparams");
+}
+
+int vornDmaDevcleanup(Mox::String name) {
+  if (simulation()) return 0;
+  char buf[kCommandSize];
+  command(buf, "devcleanup %s", name.charPtr());
+  int rc = fab_ioctl(buf, kCommandSize);
+  if (rc != 0) VORN_DMA_ERROR("vornDmaDevcleanup", buf, rc);
+  return rc;
+}
+
+// Sends "devstate"; 19 means the device is gone already and is not traced.
+int vornDmaSetDeviceState(Mox::String name, bool up) {
+  char buf[kCommandSize];
+  command(buf, "devstate %s %s", name.charPtr(), up ? "up" : "down");
+  int rc = fab_ioctl(buf, kCommandSize);
+  if (rc != 0 && rc != ENODEV) VORN_DMA_ERROR("vornDmaSetDeviceState", buf, rc);
+  return rc;
+}
+
+int vornDmaDeviceUp(Mox::String name) {
+  if (simulation()) return 0;
+  return vornDmaSetDeviceState(name, true);
+}
+
+int vornDmaDeviceDown(Mox::String name) {
+  if (simulation()) return 0;
+  return vornDmaSetDeviceState(name, false);
+}
+
+int vornDmaGetDevStats(Mox::String name, fabdevstats* stats) {
+  if (simulation()) {
+    stats->up = 0;
+    return 0;
+  }
+  char* record = reinterpret_cast<char*>(stats);
+  std::snprintf(record, kDevStatsSize, "devstats %s", name.charPtr());
+  int rc = fab_ioctl(record, kDevStatsSize);
+  if (rc != 0) VORN_DMA_TRACE(0, "vornDmaGetDevStats", " ", name, " error ", std::strerror(rc));
+  return rc;
+}
+
+int vornDmaIsDeviceUp(Mox::String name, bool* up) {
+  if (simulation()) {
+    *up = false;
+    return 0;
+  }
+  fabdevstats stats;
+  int rc = vornDmaGetDevStats(name, &stats);
+  if (rc == 0) *up = stats.up != 0;
+  return rc;
+}
+
+int vornDmaMpcMode(bool on) {
+  if (simulation()) return 0;
+  char buf[kCommandSize];
+  command(buf, "mpcmode %s", on ? "on" : "off");
+  if (fab_ioctl(buf, kCommandSize) != 0) syserr(buf);
+  return 0;
+}
+
+namespace {
+
+// Sends a listing request and returns its answer text. A refusal means the
+// driver is broken: the process ends.
+Mox::String listing(const char* keyword, const char* fn, const char* fnText) {
+  char buf[kListingSize];
+  std::snprintf(buf, sizeof buf, "%s", keyword);
+  int rc = fab_ioctl(buf, kListingSize);
+  if (rc != 0) {
+    VORN_DMA_ERROR(fn, buf, rc);
+    MOX_ASSERT_TEXT(false, "false", fnText);
+  }
+  // The driver terminates its answer; never read past the buffer if it did not.
+  return Mox::String(buf, strnlen(buf, sizeof buf));
+}
+
+}  // namespace
+
+Mox::String vornDmaListUpDevices() {
+  if (simulation()) return Mox::String();
+  return listing("devlist", "vornDmaListUpDevices", "Mox::String Hardware::Vorn::vornDmaListUpDevices()");
+}
+
+Mox::String vornDmaListDeviceParams() {
+  if (simulation()) return Mox::String();
+  return listing("devparamslist", "vornDmaListDeviceParams", "Mox::String Hardware::Vorn::vornDmaListDeviceParams()");
+}
+
+}  // namespace Hardware::Vorn

@@ -1,0 +1,12 @@
+#include "emu/Handler.h"
+
+namespace Emu {
+
+std::span<const std::span<const Handler>> handlerFamilies() {
+  static const std::span<const Handler> families[] = {
+      deviceHandlers(),
+  };
+  return families;
+}
+
+}  // namespace Emu

@@ -1,0 +1,73 @@
+// The library's one way to the kernel.
+//
+// Every system call the library makes goes through the table of operations
+// below. By default it is Linux itself; the driver emulator and the tests
+// install their own table (for example to answer "/dev/fabric" ioctls, or to
+// point "/sys" and "/proc" paths at a directory they built). A call costs one
+// indirect jump and allocates nothing.
+#pragma once
+
+#include <dirent.h>
+#include <sys/socket.h>
+#include <sys/types.h>
+
+#include <cstddef>
+
+namespace Kernel {
+
+struct Ops {
+  int (*open)(const char* path, int flags);
+  int (*close)(int fd);
+  int (*ioctl)(int fd, unsigned long request, void* arg);
+  ssize_t (*read)(int fd, void* buf, std::size_t count);
+  ssize_t (*write)(int fd, const void* buf, std::size_t count);
+  int (*socket)(int domain, int type, int protocol);
+  int (*bind)(int fd, const struct sockaddr* addr, socklen_t len);
+  DIR* (*opendir)(const char* path);
+  struct dirent* (*readdir)(DIR* dir);
+  int (*closedir)(DIR* dir);
+  long (*sysconf)(int name);
+  int (*usleep)(unsigned int usec);
+  const char* (*getenv)(const char* name);
+};
+
+// The operations that call Linux.
+const Ops& linuxOps() noexcept;
+
+namespace detail {
+extern const Ops* activeOps;
+}
+
+// The operations in force.
+inline const Ops& ops() noexcept { return *detail::activeOps; }
+// Installs `ops` (null: Linux again) and returns the table it replaces. The
+// table must outlive its use; install it before the calls it should see.
+const Ops* opsIs(const Ops* ops) noexcept;
+
+// Installs a table for a scope and puts the previous one back after it.
+class ScopedOps {
+ public:
+  explicit ScopedOps(const Ops* ops) noexcept : previous_(opsIs(ops)) {}
+  ~ScopedOps() { opsIs(previous_); }
+  ScopedOps(const ScopedOps&) = delete;
+  ScopedOps& operator=(const ScopedOps&) = delete;
+
+ private:
+  const Ops* previous_;
+};
+
+inline int open(const char* path, int flags) { return ops().open(path, flags); }
+inline int close(int fd) { return ops().close(fd); }
+inline int ioctl(int fd, unsigned long request, void* arg) { return ops().ioctl(fd, request, arg); }
+inline ssize_t read(int fd, void* buf, std::size_t n) { return ops().read(fd, buf, n); }
+inline ssize_t write(int fd, const void* buf, std::size_t n) { return ops().write(fd, buf, n); }
+inline int socket(int domain, int type, int protocol) { return ops().socket(domain, type, protocol); }
+inline int bind(int fd, const struct sockaddr* addr, socklen_t len) { return ops().bind(fd, addr, len); }
+inline DIR* opendir(const char* path) { return ops().opendir(path); }
+inline struct dirent* readdir(DIR* dir) { return ops().readdir(dir); }
+inline int closedir(DIR* dir) { return ops().closedir(dir); }
+inline long sysconf(int name) { return ops().sysconf(name); }
+inline int usleep(unsigned int usec) { return ops().usleep(usec); }
+inline const char* getenv(const char* name) { return ops().getenv(name); }
+
+}  // namespace Kernel

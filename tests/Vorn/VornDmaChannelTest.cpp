@@ -1,0 +1,144 @@
+// The command channel: fab_ioctl, syserr, saimode, the simulation switch and
+// the presence probes.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+
+#include "Kernel/Kernel.h"
+#include "Ringlog/MemoryFile.h"
+#include "Vorn/VornDma.h"
+#include "emu/FabricDriver.h"
+#include "support/Support.h"
+
+using namespace Hardware::Vorn;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using VornTest::ScopedEnv;
+
+namespace {
+
+// A kernel table on which nothing can be opened: no driver is loaded.
+Kernel::Ops noDriverOps() {
+  Kernel::Ops ops = Kernel::linuxOps();
+  ops.open = [](const char*, int) {
+    errno = ENOENT;
+    return -1;
+  };
+  return ops;
+}
+
+TEST(CommandChannel, ReturnsThePositiveErrnoOfARefusal) {
+  Emu::FabricDriver driver;
+  char buf[kCommandSize] = "devstate fap9 up";
+  EXPECT_EQ(fab_ioctl(buf, kCommandSize), ENODEV);
+  driver.answerNext("devstate", EPERM);
+  EXPECT_EQ(fab_ioctl(buf, kCommandSize), EPERM);
+}
+
+TEST(CommandChannel, RequestNumberIsTheBufferCapacity) {
+  Emu::FabricDriver driver;
+  driver.pciDevicePresentIs("0000:03:00.0");
+  char ok[kCommandSize] = "devpresent 0000:03:00.0";
+  EXPECT_EQ(fab_ioctl(ok, kCommandSize), 0);
+  // The emulator, like the driver, refuses a command sent with the wrong size.
+  char wrong[kDevStatsSize] = "devpresent 0000:03:00.0";
+  EXPECT_EQ(fab_ioctl(wrong, kDevStatsSize), EINVAL);
+}
+
+TEST(CommandChannel, RingTraceSkipsTheStatisticsPollWherever_devstats_Stands) {
+  Emu::FabricDriver driver;
+  Ringlog::ScopedMemoryFile ring;
+  char a[kDevStatsSize] = "devstats fap0";
+  char b[kCommandSize] = "xx devstats fap0";
+  char c[kCommandSize] = "devstate fap0 up";
+  fab_ioctl(a, kDevStatsSize);
+  fab_ioctl(b, kCommandSize);
+  fab_ioctl(c, kCommandSize);
+  EXPECT_THAT(ring.messages(), ElementsAre("fab_ioctl buf=devstate fap0 up"));
+}
+
+TEST(CommandChannel, WithoutDefaultRingFileNothingIsWritten) {
+  Emu::FabricDriver driver;
+  ASSERT_EQ(Ringlog::defaultFile(), nullptr);
+  char c[kCommandSize] = "mpcmode on";
+  EXPECT_EQ(fab_ioctl(c, kCommandSize), 0);
+}
+
+TEST(CommandChannelDeathTest, UnopenableDeviceEndsTheProcessThroughSyserr) {
+  EXPECT_DEATH(
+      {
+        static const Kernel::Ops ops = noDriverOps();
+        Kernel::opsIs(&ops);
+        char buf[kCommandSize] = "mpcmode on";
+        fab_ioctl(buf, kCommandSize);
+      },
+      "^fab_ioctl: open /dev/fabric: No such file or directory\n");
+}
+
+TEST(CommandChannel, FabricProbeOnlyAnswersFalseWithoutDriver) {
+  static const Kernel::Ops ops = noDriverOps();
+  Kernel::ScopedOps scoped(&ops);
+  ScopedEnv sim("SIMULATION_VMID", std::nullopt);
+  EXPECT_FALSE(vornDmaDevFabricPresent());
+  EXPECT_FALSE(vornDmaProcVornDmaPresent());
+}
+
+TEST(CommandChannel, ProbesSeeTheDriver) {
+  Emu::FabricDriver driver;
+  ScopedEnv sim("SIMULATION_VMID", std::nullopt);
+  EXPECT_TRUE(vornDmaDevFabricPresent());
+  EXPECT_TRUE(vornDmaProcVornDmaPresent());
+}
+
+TEST(CommandChannel, SimulationCountsEvenWhenEmptyAndTouchesNoDriver) {
+  static const Kernel::Ops ops = noDriverOps();
+  Kernel::ScopedOps scoped(&ops);
+  ScopedEnv sim("SIMULATION_VMID", "");
+  EXPECT_TRUE(vornDmaProcVornDmaPresent());
+  EXPECT_EQ(vornDmaDeviceUp("fap0"), 0);
+  EXPECT_EQ(vornDmaMpcMode(true), 0);
+  EXPECT_EQ(vornDmaDevcleanup("fap0"), 0);
+  // The fabric probe has no simulation answer: it looks for the device.
+  EXPECT_FALSE(vornDmaDevFabricPresent());
+}
+
+TEST(CommandChannelDeathTest, SyserrPrintsLikePerrorAndAborts) {
+  EXPECT_EXIT(
+      {
+        errno = EBUSY;
+        syserr("devparams");
+      },
+      testing::KilledBySignal(SIGABRT), "^devparams: Device or resource busy\n");
+}
+
+// saimode() is computed once per process; each case runs in a fresh child.
+void expectSaiMode(const char* value, bool expected) {
+  EXPECT_EXIT(
+      {
+        if (value)
+          ::setenv("KRIX_MODE", value, 1);
+        else
+          ::unsetenv("KRIX_MODE");
+        bool first = saimode();
+        // Later changes of the environment are not seen.
+        ::setenv("KRIX_MODE", first ? "other" : "sai", 1);
+        std::_Exit(first == expected && saimode() == expected ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+TEST(CommandChannelDeathTest, SaiModeIsExactlySaiReadOnce) {
+  expectSaiMode(nullptr, false);
+  expectSaiMode("sai", true);
+  expectSaiMode("sai ", false);
+  expectSaiMode("SAI", false);
+  expectSaiMode("saix", false);
+  expectSaiMode("", false);
+}
+
+}  // namespace
