@@ -22,18 +22,29 @@ const Mox::TypeRegistration kRegistration(kType);
 
 }  // namespace
 
-Mox::AllocTrackTypeInfo ShapeRateSmState::moxAllocTrackTypeInfo_{"Hardware::Vorn::ShapeRateSmState"};
+Mox::AllocTrackTypeInfo ShapeRateSmState::moxAllocTrackTypeInfo_{
+    "Hardware::Vorn::ShapeRateSmState"};
 
 ShapeRateSmState::ShapeRateSmState(Mox::Name name) : Entity(std::move(name)) {}
 
 ShapeRateSmState::~ShapeRateSmState() = default;
 
-bool ShapeRateSmState::isShapeRateSmReady() const { return flags_[0]; }
-bool ShapeRateSmState::isAnchorIntfSmReady() const { return flags_[1]; }
-bool ShapeRateSmState::isVornSubIntfSmReady() const { return flags_[2]; }
-bool ShapeRateSmState::isVornTmSubIntfSmReady() const { return flags_[3]; }
+bool ShapeRateSmState::isShapeRateSmReady() const {
+  return flags_[0];
+}
+bool ShapeRateSmState::isAnchorIntfSmReady() const {
+  return flags_[1];
+}
+bool ShapeRateSmState::isVornSubIntfSmReady() const {
+  return flags_[2];
+}
+bool ShapeRateSmState::isVornTmSubIntfSmReady() const {
+  return flags_[3];
+}
 
-void ShapeRateSmState::isShapeRateSmReadyIs(bool ready) { flagIs(isShapeRateSmReadyAttrId, ready); }
+void ShapeRateSmState::isShapeRateSmReadyIs(bool ready) {
+  flagIs(isShapeRateSmReadyAttrId, ready);
+}
 void ShapeRateSmState::isAnchorIntfSmReadyIs(bool ready) {
   flagIs(isAnchorIntfSmReadyAttrId, ready);
 }
@@ -44,7 +55,9 @@ void ShapeRateSmState::isVornTmSubIntfSmReadyIs(bool ready) {
   flagIs(isVornTmSubIntfSmReadyAttrId, ready);
 }
 
-const Mox::TypeRecord* ShapeRateSmState::fwkType() const noexcept { return &kType; }
+const Mox::TypeRecord* ShapeRateSmState::fwkType() const noexcept {
+  return &kType;
+}
 
 Mox::AttrResult ShapeRateSmState::attrGet(Mox::AttrId id, Mox::Value& out) const {
   if (!isFlag(id)) return Entity::attrGet(id, out);

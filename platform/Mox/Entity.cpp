@@ -58,7 +58,8 @@ T creationAttr(const char* typeName, std::span<const CreationAttr> attrs, const 
     if (std::strcmp(a.attr, name) != 0) continue;
     if (found) throwCreation(typeName, std::string("creation attribute ") + name + " given twice");
     found = a.value.as<T>();
-    if (!found) throwCreation(typeName, std::string("creation attribute ") + name + " of wrong type");
+    if (!found)
+      throwCreation(typeName, std::string("creation attribute ") + name + " of wrong type");
   }
   if (!found) throwCreation(typeName, std::string("creation attribute ") + name + " missing");
   return *std::move(found);

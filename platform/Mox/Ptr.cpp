@@ -9,17 +9,29 @@ PtrInterface::~PtrInterface() {
   if (allocTrack_) allocTrack_->live.fetch_sub(1, std::memory_order_relaxed);
 }
 
-const TypeRecord* PtrInterface::fwkType() const noexcept { return nullptr; }
+const TypeRecord* PtrInterface::fwkType() const noexcept {
+  return nullptr;
+}
 
-Activity* PtrInterface::moxFwkActivity() const noexcept { return nullptr; }
+Activity* PtrInterface::moxFwkActivity() const noexcept {
+  return nullptr;
+}
 
-void PtrInterface::moxDoZombieReactors(bool zombie) noexcept { moxMarkedForDeletionIs(zombie); }
+void PtrInterface::moxDoZombieReactors(bool zombie) noexcept {
+  moxMarkedForDeletionIs(zombie);
+}
 
-void PtrInterface::hasNotificationActiveIs(bool active) noexcept { notificationActive_ = active; }
+void PtrInterface::hasNotificationActiveIs(bool active) noexcept {
+  notificationActive_ = active;
+}
 
-AttrResult PtrInterface::attrGet(AttrId, Value&) const { return AttrResult::notAnAttribute; }
+AttrResult PtrInterface::attrGet(AttrId, Value&) const {
+  return AttrResult::notAnAttribute;
+}
 
-AttrResult PtrInterface::attrSet(AttrId, const Value&) { return AttrResult::notAnAttribute; }
+AttrResult PtrInterface::attrSet(AttrId, const Value&) {
+  return AttrResult::notAnAttribute;
+}
 
 AttrResult PtrInterface::attrCall(AttrId, std::span<const Value>, Value&) {
   return AttrResult::notAnAttribute;

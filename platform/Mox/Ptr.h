@@ -8,8 +8,8 @@
 
 #include <atomic>
 #include <cstddef>
-#include <type_traits>
 #include <span>
+#include <type_traits>
 #include <utility>
 
 #include "Mox/Types.h"

@@ -35,9 +35,9 @@ const AttrInfo* TypeRecord::attr(AttrId id) const noexcept {
 
 Ptr<PtrInterface> TypeRecord::newObject(std::span<const Value> args) const {
   if (args.size() != ctorArgs_.size()) {
-    throw NewEntityArgumentsException(std::string(name_) + ": " +
-                                      std::to_string(ctorArgs_.size()) + " arguments expected, " +
-                                      std::to_string(args.size()) + " given");
+    throw NewEntityArgumentsException(std::string(name_) + ": " + std::to_string(ctorArgs_.size()) +
+                                      " arguments expected, " + std::to_string(args.size()) +
+                                      " given");
   }
   return construct_(*this, args);
 }

@@ -26,18 +26,18 @@ class Value {
   Value() noexcept = default;
   Value(bool v) : rep_(v) {}  // NOLINT(google-explicit-constructor): values convert freely
   template <typename T>
-    requires((std::integral<T> && !std::same_as<T, bool>) || std::is_enum_v<T>)
-  Value(T v) : rep_(static_cast<std::int64_t>(v)) {}  // NOLINT(google-explicit-constructor)
-  Value(double v) : rep_(v) {}                        // NOLINT(google-explicit-constructor)
-  Value(String v) : rep_(std::move(v)) {}             // NOLINT(google-explicit-constructor)
-  Value(const char* v) : rep_(String(v)) {}           // NOLINT(google-explicit-constructor)
-  Value(Name v) : rep_(std::move(v)) {}               // NOLINT(google-explicit-constructor)
+  requires((std::integral<T> && !std::same_as<T, bool>) || std::is_enum_v<T>) Value(T v)
+      : rep_(static_cast<std::int64_t>(v)) {}  // NOLINT(google-explicit-constructor)
+  Value(double v) : rep_(v) {}                 // NOLINT(google-explicit-constructor)
+  Value(String v) : rep_(std::move(v)) {}      // NOLINT(google-explicit-constructor)
+  Value(const char* v) : rep_(String(v)) {}    // NOLINT(google-explicit-constructor)
+  Value(Name v) : rep_(std::move(v)) {}        // NOLINT(google-explicit-constructor)
   // A pointer to a constant object is held like any other; `as` gives back
   // the constness the reader asks for.
   template <typename T>
   Value(const Ptr<T>& p)  // NOLINT(google-explicit-constructor)
-      : rep_(Ptr<PtrInterface>(const_cast<PtrInterface*>(static_cast<const PtrInterface*>(p.get()))))
-  {}
+      : rep_(Ptr<PtrInterface>(
+            const_cast<PtrInterface*>(static_cast<const PtrInterface*>(p.get())))) {}
 
   Kind kind() const noexcept { return static_cast<Kind>(rep_.index()); }
 

@@ -42,7 +42,9 @@ constexpr Mox::ArgInfo kLampArgs[] = {{"name", "Mox::Name"}};
 constinit const Mox::TypeRecord kLampType("MoxTest::Lamp", kLampAttrs, kLampArgs, &newLamp);
 const Mox::TypeRegistration kLampRegistration(kLampType);
 Mox::AllocTrackTypeInfo Lamp::moxAllocTrackTypeInfo_{"MoxTest::Lamp"};
-const Mox::TypeRecord* Lamp::fwkType() const noexcept { return &kLampType; }
+const Mox::TypeRecord* Lamp::fwkType() const noexcept {
+  return &kLampType;
+}
 
 struct Recorder : Mox::Notifiee {
   void onAttrChange(Mox::Entity& e, Mox::AttrId a) override {
@@ -207,25 +209,39 @@ TEST(MoxDir, WrongCreationAttributesRaise) {
     return "no exception";
   };
   const Mox::Value parent(dir);
-  EXPECT_EQ(message({{"fullName", "/sys/a"}, {"parent", parent}, {"parentAttrName", Mox::Name("x")},
+  EXPECT_EQ(message({{"fullName", "/sys/a"},
+                     {"parent", parent},
+                     {"parentAttrName", Mox::Name("x")},
                      {"entity", Mox::Name("a")}}),
             "no exception");
   EXPECT_EQ(message({{"fullName", "/sys/a"}, {"parent", parent}, {"entity", Mox::Name("a")}}),
             "MoxTest::Lamp: creation attribute parentAttrName missing");
-  EXPECT_EQ(message({{"fullName", "/sys/a"}, {"parent", parent}, {"parentAttrName", Mox::Name("x")},
+  EXPECT_EQ(message({{"fullName", "/sys/a"},
+                     {"parent", parent},
+                     {"parentAttrName", Mox::Name("x")},
                      {"entity", "a"}}),
             "MoxTest::Lamp: creation attribute entity of wrong type");
-  EXPECT_EQ(message({{"fullName", "/sys/a"}, {"parent", Mox::Value(Mox::Name("sys"))},
-                     {"parentAttrName", Mox::Name("x")}, {"entity", Mox::Name("a")}}),
+  EXPECT_EQ(message({{"fullName", "/sys/a"},
+                     {"parent", Mox::Value(Mox::Name("sys"))},
+                     {"parentAttrName", Mox::Name("x")},
+                     {"entity", Mox::Name("a")}}),
             "MoxTest::Lamp: creation attribute parent of wrong type");
-  EXPECT_EQ(message({{"fullName", "/other/a"}, {"parent", parent}, {"parentAttrName", Mox::Name("x")},
+  EXPECT_EQ(message({{"fullName", "/other/a"},
+                     {"parent", parent},
+                     {"parentAttrName", Mox::Name("x")},
                      {"entity", Mox::Name("a")}}),
             "MoxTest::Lamp: full name /other/a is not in its parent");
-  EXPECT_EQ(message({{"fullName", "/sys/a"}, {"parent", parent}, {"parentAttrName", Mox::Name("x")},
-                     {"entity", Mox::Name("a")}, {"colour", 3}}),
+  EXPECT_EQ(message({{"fullName", "/sys/a"},
+                     {"parent", parent},
+                     {"parentAttrName", Mox::Name("x")},
+                     {"entity", Mox::Name("a")},
+                     {"colour", 3}}),
             "MoxTest::Lamp: unknown creation attribute colour");
-  EXPECT_THAT(message({{"fullName", "/sys/a"}, {"fullName", "/sys/a"}, {"parent", parent},
-                       {"parentAttrName", Mox::Name("x")}, {"entity", Mox::Name("a")}}),
+  EXPECT_THAT(message({{"fullName", "/sys/a"},
+                       {"fullName", "/sys/a"},
+                       {"parent", parent},
+                       {"parentAttrName", Mox::Name("x")},
+                       {"entity", Mox::Name("a")}}),
               HasSubstr("given twice"));
   EXPECT_EQ(dir->entities(), 1u);
 }
