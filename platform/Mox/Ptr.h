@@ -8,17 +8,35 @@
 
 #include <atomic>
 #include <cstddef>
+#include <span>
 #include <type_traits>
 #include <utility>
 
+#include "Mox/Types.h"
+
 namespace Mox {
+
+class Value;
+class TypeRecord;
+class Activity;
+struct AllocTrackTypeInfo;
+
+// Identifies an attribute within its type; ids up to 257 belong to the framework.
+using AttrId = U32;
+
+// The answer of a generic attribute access.
+enum class AttrResult : U8 {
+  done,            // the operation ran
+  notAllowed,      // the attribute exists but not for this operation (set on a read-only one)
+  notAnAttribute,  // the type has no such attribute; the base answers for it
+};
 
 class PtrInterface {
  public:
   PtrInterface() noexcept = default;
   PtrInterface(const PtrInterface&) noexcept {}  // a copy is a new object: count starts at 0
   PtrInterface& operator=(const PtrInterface&) noexcept { return *this; }
-  virtual ~PtrInterface() = default;
+  virtual ~PtrInterface();
 
   void newRef() const noexcept { refs_.fetch_add(1, std::memory_order_relaxed); }
   void delRef() const noexcept {
@@ -26,8 +44,36 @@ class PtrInterface {
   }
   int references() const noexcept { return refs_.load(std::memory_order_relaxed); }
 
+  // Framework operations. A plain shared object has no type record, no
+  // activity and no attributes; entity types override what they have.
+
+  // The type record of the object's type, or null for an untyped object.
+  virtual const TypeRecord* fwkType() const noexcept;
+  // The activity the object's reactors run on; null when it has none.
+  virtual Activity* moxFwkActivity() const noexcept;
+  // Called when the object is being deleted (`zombie` true) or revived; a type
+  // without reactors only records the mark.
+  virtual void moxDoZombieReactors(bool zombie) noexcept;
+  void moxMarkedForDeletionIs(bool marked) noexcept { markedForDeletion_ = marked; }
+  bool moxMarkedForDeletion() const noexcept { return markedForDeletion_; }
+  // Whether the object's notifications reach its notifiees yet.
+  virtual void hasNotificationActiveIs(bool active) noexcept;
+  bool hasNotificationActive() const noexcept { return notificationActive_; }
+
+  // Generic attribute access by id. Each type answers for its own attributes
+  // and hands any other id to its base; this base knows none.
+  virtual AttrResult attrGet(AttrId id, Value& out) const;
+  virtual AttrResult attrSet(AttrId id, const Value& in);
+  virtual AttrResult attrCall(AttrId id, std::span<const Value> args, Value& out);
+
+  // Counts the object as live in `info` until it is destroyed (allocTracked).
+  void moxAllocTrackIs(AllocTrackTypeInfo* info) noexcept;
+
  private:
   mutable std::atomic<int> refs_{0};
+  AllocTrackTypeInfo* allocTrack_ = nullptr;
+  bool markedForDeletion_ = false;
+  bool notificationActive_ = false;
 };
 
 template <typename T>

@@ -15,9 +15,16 @@ const std::set<std::string> kExported = {
 
 const char* const kModulePrivate[] = {"pciName", "setupIntf", "vornDmaSetDeviceState"};
 
-// "Hardware::Vorn::fab_ioctl(char*, unsigned int)@@VORN_1" -> "fab_ioctl".
+// "Hardware::Vorn::fab_ioctl(char*, unsigned int)@@VORN_1" -> "fab_ioctl";
+// "Hardware::Vorn::ShapeRateSmState::fwkType() const" -> "ShapeRateSmState::fwkType";
+// "vtable for Hardware::Vorn::ShapeRateSmState" -> "vtable for ShapeRateSmState".
 std::string exportedName(std::string sym) {
   if (auto at = sym.find('@'); at != std::string::npos) sym.resize(at);
+  std::string what;  // "vtable for ", "typeinfo for ", "typeinfo name for "
+  if (auto f = sym.find(" for "); f != std::string::npos && sym.find('(') > f) {
+    what = sym.substr(0, f + 5);
+    sym.erase(0, f + 5);
+  }
   // Cut the parameter list: the first '(' outside template brackets.
   int depth = 0;
   for (std::size_t i = 0; i < sym.size(); ++i) {
@@ -33,7 +40,7 @@ std::string exportedName(std::string sym) {
   }
   const std::string prefix = "Hardware::Vorn::";
   if (sym.compare(0, prefix.size(), prefix) == 0) sym.erase(0, prefix.size());
-  return sym;
+  return what + sym;
 }
 
 std::set<std::string> dynamicSymbols() {

@@ -1,0 +1,249 @@
+// The framework's entity layer: type registry, generic values, generic
+// construction, allocation tracking, notifiee lists and directories.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "Mox/Entity.h"
+#include "Mox/Type.h"
+#include "Mox/Value.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+// A small entity type defined and registered the way library units do it.
+class Lamp : public Mox::Entity {
+ public:
+  static constexpr Mox::AttrId kOn = 258;
+  static Mox::AllocTrackTypeInfo moxAllocTrackTypeInfo_;
+  explicit Lamp(Mox::Name name) : Entity(std::move(name)) {}
+  const Mox::TypeRecord* fwkType() const noexcept override;
+  void onIs(bool on) {
+    if (on == on_) return;
+    on_ = on;
+    notify(kOn);
+  }
+  bool on() const { return on_; }
+
+ private:
+  bool on_ = false;
+};
+
+Mox::Ptr<Mox::PtrInterface> newLamp(const Mox::TypeRecord& type, std::span<const Mox::Value> args) {
+  return Mox::allocTracked<Lamp>(Lamp::moxAllocTrackTypeInfo_,
+                                 Mox::ctorArg<Mox::Name>(type, args, 0));
+}
+
+constexpr Mox::AttrInfo kLampAttrs[] = {{"on", Lamp::kOn, Mox::attrGet_ | Mox::attrSet_}};
+constexpr Mox::ArgInfo kLampArgs[] = {{"name", "Mox::Name"}};
+constinit const Mox::TypeRecord kLampType("MoxTest::Lamp", kLampAttrs, kLampArgs, &newLamp);
+const Mox::TypeRegistration kLampRegistration(kLampType);
+Mox::AllocTrackTypeInfo Lamp::moxAllocTrackTypeInfo_{"MoxTest::Lamp"};
+const Mox::TypeRecord* Lamp::fwkType() const noexcept {
+  return &kLampType;
+}
+
+struct Recorder : Mox::Notifiee {
+  void onAttrChange(Mox::Entity& e, Mox::AttrId a) override {
+    seen.push_back(e.name().stringValue().stdString() + ":" + std::to_string(a));
+  }
+  std::vector<std::string> seen;
+};
+
+enum class Speed : U8 { speed10g = 4 };
+
+TEST(MoxValue, KeepsItsKindAndRefusesOthers) {
+  EXPECT_EQ(Mox::Value(true).as<bool>(), true);
+  EXPECT_EQ(Mox::Value(U32{0xFFFFFFFF}).as<U32>(), 0xFFFFFFFFu);
+  EXPECT_EQ(Mox::Value(-3).as<int>(), -3);
+  EXPECT_EQ(Mox::Value(Speed::speed10g).as<Speed>(), Speed::speed10g);
+  EXPECT_EQ(Mox::Value(0.5f).as<float>(), 0.5f);
+  EXPECT_EQ(Mox::Value("po3").as<Mox::String>(), Mox::String("po3"));
+  EXPECT_EQ(Mox::Value(Mox::Name("n")).as<Mox::Name>(), Mox::Name("n"));
+  EXPECT_EQ(Mox::Value(Mox::Name("n")).kind(), Mox::Value::Kind::name);
+  EXPECT_EQ(Mox::Value().kind(), Mox::Value::Kind::empty);
+  // No conversions between kinds.
+  EXPECT_FALSE(Mox::Value(1).as<bool>());
+  EXPECT_FALSE(Mox::Value(true).as<int>());
+  EXPECT_FALSE(Mox::Value("n").as<Mox::Name>());
+  EXPECT_FALSE(Mox::Value(Mox::Name("n")).as<Mox::String>());
+  EXPECT_FALSE(Mox::Value(1.0).as<int>());
+}
+
+TEST(MoxValue, PointersReadBackByDynamicType) {
+  Mox::Ptr<Lamp const> lamp(new Lamp("l"));
+  Mox::Value v(lamp);
+  EXPECT_EQ(v.as<Mox::Ptr<Lamp const>>()->get(), lamp.get());
+  EXPECT_EQ(v.as<Mox::Ptr<Mox::Entity>>()->get(), lamp.get());
+  EXPECT_FALSE(v.as<Mox::Ptr<Mox::Dir>>());
+  EXPECT_FALSE(v.as<Mox::Name>());
+  // A null pointer is a pointer of any type.
+  Mox::Value null(Mox::Ptr<Lamp>{});
+  ASSERT_TRUE(null.as<Mox::Ptr<Mox::Dir>>());
+  EXPECT_FALSE(*null.as<Mox::Ptr<Mox::Dir>>());
+  EXPECT_EQ(lamp->references(), 2);
+}
+
+TEST(MoxType, RegisteredAtLoadAndFoundByName) {
+  const Mox::TypeRecord* t = Mox::typeLookup("MoxTest::Lamp");
+  ASSERT_EQ(t, &kLampType);
+  EXPECT_EQ(t->attr("on"), &kLampAttrs[0]);
+  EXPECT_EQ(t->attr(Lamp::kOn), &kLampAttrs[0]);
+  EXPECT_EQ(t->attr("off"), nullptr);
+  EXPECT_EQ(t->attr(259), nullptr);
+  EXPECT_EQ(Mox::typeLookup("MoxTest::Lam"), nullptr);
+}
+
+TEST(MoxType, GenericConstructionChecksItsArguments) {
+  const Mox::Value good[] = {Mox::Name("kitchen")};
+  Mox::Ptr<Mox::PtrInterface> p = Mox::newObject("MoxTest::Lamp", good);
+  ASSERT_TRUE(p);
+  EXPECT_EQ(p->fwkType(), &kLampType);
+  EXPECT_EQ(dynamic_cast<Lamp&>(*p).name(), Mox::Name("kitchen"));
+
+  auto message = [](const char* type, std::span<const Mox::Value> args) -> std::string {
+    try {
+      Mox::newObject(type, args);
+    } catch (const Mox::NewEntityArgumentsException& e) {
+      return e.what();
+    }
+    return "no exception";
+  };
+  const Mox::Value text[] = {Mox::String("kitchen")};
+  const Mox::Value two[] = {Mox::Name("a"), Mox::Name("b")};
+  EXPECT_EQ(message("MoxTest::Lamp", text), "MoxTest::Lamp: argument name must be Mox::Name");
+  EXPECT_EQ(message("MoxTest::Lamp", two), "MoxTest::Lamp: 1 arguments expected, 2 given");
+  EXPECT_EQ(message("MoxTest::Nothing", good), "unknown type MoxTest::Nothing");
+}
+
+TEST(MoxType, AllocationTrackerCountsLiveObjects) {
+  const long live = Lamp::moxAllocTrackTypeInfo_.live;
+  const long allocated = Lamp::moxAllocTrackTypeInfo_.allocated;
+  {
+    const Mox::Value args[] = {Mox::Name("a")};
+    Mox::Ptr<Mox::PtrInterface> a = Mox::newObject("MoxTest::Lamp", args);
+    Mox::Ptr<Mox::PtrInterface> b = a;
+    EXPECT_EQ(Lamp::moxAllocTrackTypeInfo_.live, live + 1);
+    a = nullptr;
+    EXPECT_EQ(Lamp::moxAllocTrackTypeInfo_.live, live + 1);
+  }
+  EXPECT_EQ(Lamp::moxAllocTrackTypeInfo_.live, live);
+  EXPECT_EQ(Lamp::moxAllocTrackTypeInfo_.allocated, allocated + 1);
+  // Objects made without the tracker do not count.
+  Mox::Ptr<Lamp> plain(new Lamp("p"));
+  EXPECT_EQ(Lamp::moxAllocTrackTypeInfo_.live, live);
+}
+
+TEST(MoxType, PlainObjectsHaveNoAttributesAndRecordTheFrameworkMarks) {
+  Mox::Ptr<Lamp> lamp(new Lamp("l"));
+  Mox::Value out;
+  Mox::PtrInterface& base = *lamp;
+  EXPECT_EQ(base.attrGet(Lamp::kOn, out), Mox::AttrResult::notAnAttribute);
+  EXPECT_EQ(base.attrSet(Lamp::kOn, true), Mox::AttrResult::notAnAttribute);
+  EXPECT_EQ(base.attrCall(Lamp::kOn, {}, out), Mox::AttrResult::notAnAttribute);
+  EXPECT_EQ(base.moxFwkActivity(), nullptr);
+  EXPECT_FALSE(base.moxMarkedForDeletion());
+  base.moxDoZombieReactors(true);
+  EXPECT_TRUE(base.moxMarkedForDeletion());
+  base.moxDoZombieReactors(false);
+  EXPECT_FALSE(base.moxMarkedForDeletion());
+  EXPECT_FALSE(base.hasNotificationActive());
+  base.hasNotificationActiveIs(true);
+  EXPECT_TRUE(base.hasNotificationActive());
+}
+
+TEST(MoxNotifiee, EveryObserverIsToldOnceOnChange) {
+  Mox::Ptr<Lamp> lamp(new Lamp("hall"));
+  Recorder r1, r2;
+  lamp->notifieeList().add(&r1);
+  lamp->notifieeList().add(&r1);
+  lamp->notifieeList().add(&r2);
+  EXPECT_EQ(lamp->notifieeList().size(), 2u);
+  lamp->onIs(true);
+  lamp->onIs(true);
+  lamp->notifieeList().del(&r2);
+  lamp->onIs(false);
+  EXPECT_THAT(r1.seen, ElementsAre("hall:258", "hall:258"));
+  EXPECT_THAT(r2.seen, ElementsAre("hall:258"));
+}
+
+TEST(MoxNotifiee, ObserverRemovedDuringAVisitIsNotToldAfterwards) {
+  Mox::Ptr<Lamp> lamp(new Lamp("hall"));
+  Recorder later;
+  struct Remover : Mox::Notifiee {
+    Recorder* victim;
+    void onAttrChange(Mox::Entity& e, Mox::AttrId) override { e.notifieeList().del(victim); }
+  } remover;
+  remover.victim = &later;
+  lamp->notifieeList().add(&remover);
+  lamp->notifieeList().add(&later);
+  lamp->onIs(true);
+  EXPECT_TRUE(later.seen.empty());
+  EXPECT_EQ(lamp->notifieeList().size(), 1u);
+}
+
+TEST(MoxDir, CreatesRegisteredEntitiesByName) {
+  Mox::Ptr<Mox::Dir> dir(new Mox::Dir("sys"));
+  EXPECT_EQ(dir->fullName(), Mox::String("/sys"));
+  Mox::Ptr<Mox::Entity> e = dir->newEntity("MoxTest::Lamp", "hall");
+  ASSERT_TRUE(e);
+  EXPECT_EQ(e->fwkType(), &kLampType);
+  EXPECT_EQ(e->name(), Mox::Name("hall"));
+  EXPECT_EQ(dir->entity("hall"), e);
+  EXPECT_EQ(dir->newEntity("MoxTest::Lamp", "hall"), e);
+  EXPECT_EQ(dir->entities(), 1u);
+  EXPECT_EQ(dir->entity("cellar"), nullptr);
+}
+
+TEST(MoxDir, WrongCreationAttributesRaise) {
+  Mox::Ptr<Mox::Dir> dir(new Mox::Dir("sys"));
+  auto message = [&](std::vector<Mox::CreationAttr> attrs) -> std::string {
+    try {
+      Mox::newEntityInDir("MoxTest::Lamp", attrs);
+    } catch (const Mox::NewEntityArgumentsException& e) {
+      return e.what();
+    }
+    return "no exception";
+  };
+  const Mox::Value parent(dir);
+  EXPECT_EQ(message({{"fullName", "/sys/a"},
+                     {"parent", parent},
+                     {"parentAttrName", Mox::Name("x")},
+                     {"entity", Mox::Name("a")}}),
+            "no exception");
+  EXPECT_EQ(message({{"fullName", "/sys/a"}, {"parent", parent}, {"entity", Mox::Name("a")}}),
+            "MoxTest::Lamp: creation attribute parentAttrName missing");
+  EXPECT_EQ(message({{"fullName", "/sys/a"},
+                     {"parent", parent},
+                     {"parentAttrName", Mox::Name("x")},
+                     {"entity", "a"}}),
+            "MoxTest::Lamp: creation attribute entity of wrong type");
+  EXPECT_EQ(message({{"fullName", "/sys/a"},
+                     {"parent", Mox::Value(Mox::Name("sys"))},
+                     {"parentAttrName", Mox::Name("x")},
+                     {"entity", Mox::Name("a")}}),
+            "MoxTest::Lamp: creation attribute parent of wrong type");
+  EXPECT_EQ(message({{"fullName", "/other/a"},
+                     {"parent", parent},
+                     {"parentAttrName", Mox::Name("x")},
+                     {"entity", Mox::Name("a")}}),
+            "MoxTest::Lamp: full name /other/a is not in its parent");
+  EXPECT_EQ(message({{"fullName", "/sys/a"},
+                     {"parent", parent},
+                     {"parentAttrName", Mox::Name("x")},
+                     {"entity", Mox::Name("a")},
+                     {"colour", 3}}),
+            "MoxTest::Lamp: unknown creation attribute colour");
+  EXPECT_THAT(message({{"fullName", "/sys/a"},
+                       {"fullName", "/sys/a"},
+                       {"parent", parent},
+                       {"parentAttrName", Mox::Name("x")},
+                       {"entity", Mox::Name("a")}}),
+              HasSubstr("given twice"));
+  EXPECT_EQ(dir->entities(), 1u);
+}
+
+}  // namespace
