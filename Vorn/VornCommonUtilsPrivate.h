@@ -1,0 +1,20 @@
+// What the VornCommonUtils sources share and do not export.
+#pragma once
+
+#include "Mox/Trace.h"
+
+namespace Hardware::Vorn::common {
+
+// The source file that the unit's traces name.
+inline constexpr const char kTraceFile[] = "Vorn/VornCommonUtils.cpp";
+
+// The unit's trace handle "VornCommonUtils", created at its first use.
+inline Mox::TraceHandle& trace() {
+  static Mox::TraceHandle& handle = Mox::traceHandle("VornCommonUtils");
+  return handle;
+}
+
+}  // namespace Hardware::Vorn::common
+
+#define VORN_COMMON_TRACE(level, ...) \
+  MOX_TRACE_AT(::Hardware::Vorn::common::trace(), level, ::Hardware::Vorn::common::kTraceFile, __VA_ARGS__)
