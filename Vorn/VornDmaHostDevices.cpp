@@ -55,7 +55,9 @@ void parseMac(const char* text, unsigned char (&mac)[kMacBytes]) {
     mac[i] = 3 * i < len ? static_cast<unsigned char>(std::strtoul(text + 3 * i, nullptr, 16)) : 0;
 }
 
-const char* keywordOf(bool ctrl) { return ctrl ? "ctrl" : "internallag"; }
+const char* keywordOf(bool ctrl) {
+  return ctrl ? "ctrl" : "internallag";
+}
 
 }  // namespace
 
@@ -243,8 +245,8 @@ int vornDmaRoutedPortSet(const char* ifname, unsigned int vlanId) {
     return 0;
   }
   if (rc != 0) {
-    VORN_DMA_TRACE(0, "vornDmaRoutedPortSet: intfname ", name, ": vlanid ", vlanId, " error:",
-                   std::strerror(rc));
+    VORN_DMA_TRACE(0, "vornDmaRoutedPortSet: intfname ", name, ": vlanid ", vlanId,
+                   " error:", std::strerror(rc));
     return rc;
   }
   VORN_DMA_TRACE(8, "vornDmaRoutedPortSet: intfname ", name, ": vlanid ", vlanId, " success");

@@ -11,6 +11,7 @@ namespace Hardware::Vorn {
 namespace {
 
 using dma::command;
+using dma::sendPair;
 using dma::simulation;
 using End = dma::RefusalRule::End;
 
@@ -42,17 +43,15 @@ unsigned int vornDmaVirtualMacSet(Wirl::EthAddrWithMask mac) {
 unsigned int vornDmaIpAddrVirtualSet(unsigned int vlanId, bool enable) {
   RINGLOG_BLOCK("vornDmaIpAddrVirtualSet vlanId: %u enable: %u", vlanId, unsigned{enable});
   if (simulation()) return 0;
-  char buf[kCommandSize];
-  command(buf, "vlanipaddrvirtual %u %u", vlanId, unsigned{enable});
-  return VORN_DMA_SEND("vornDmaIpAddrVirtualSet", buf, kL3Rule);
+  return sendPair("vornDmaIpAddrVirtualSet", "vlanipaddrvirtual", vlanId, unsigned{enable},
+                  kL3Rule);
 }
 
 unsigned int vornDmaIp6AddrVirtualSet(unsigned int vlanId, bool enable) {
   RINGLOG_BLOCK("vornDmaIp6AddrVirtualSet vlanId: %u enable: %u", vlanId, unsigned{enable});
   if (simulation()) return 0;
-  char buf[kCommandSize];
-  command(buf, "vlanip6addrvirtual %u %u", vlanId, unsigned{enable});
-  return VORN_DMA_SEND("vornDmaIp6AddrVirtualSet", buf, kL3Rule);
+  return sendPair("vornDmaIp6AddrVirtualSet", "vlanip6addrvirtual", vlanId, unsigned{enable},
+                  kL3Rule);
 }
 
 unsigned int vornDmaPeerRouterMacSet(Wirl::EthAddr mac) {
@@ -71,25 +70,21 @@ unsigned int vornDmaMlagSharedRouterMacIs(Wirl::EthAddr mac) {
 unsigned int vornDmaArpSnoopingVlan(unsigned short vlanId, bool on) {
   VORN_DMA_TRACE(8, "vornDmaArpSnoopingVlan", " vlanId=", vlanId, " on=", on);
   if (simulation()) return 0;
-  char buf[kCommandSize];
-  command(buf, "arp_snooping_vlan %u %u", unsigned{vlanId}, unsigned{on});
-  return VORN_DMA_SEND("vornDmaArpSnoopingVlan", buf, kL3Rule);
+  return sendPair("vornDmaArpSnoopingVlan", "arp_snooping_vlan", unsigned{vlanId}, unsigned{on},
+                  kL3Rule);
 }
 
 unsigned int vornDmaPvlanMap(unsigned short primary, unsigned short secondary) {
   VORN_DMA_TRACE(8, "vornDmaPvlanMap", "Primary vlanId=", primary, " Secondary VlanId=", secondary);
   if (simulation()) return 0;
-  char buf[kCommandSize];
-  command(buf, "pvlanmap %u %u", unsigned{primary}, unsigned{secondary});
-  return VORN_DMA_SEND("vornDmaPvlanMap", buf, kL3Rule);
+  return sendPair("vornDmaPvlanMap", "pvlanmap", unsigned{primary}, unsigned{secondary}, kL3Rule);
 }
 
 unsigned int vornDmaVlanRoutingStatus(unsigned short vlanId, unsigned short enabled) {
   VORN_DMA_TRACE(8, "vornDmaVlanRoutingStatus", "vlanId=", vlanId, " enabled=", enabled);
   if (simulation()) return 0;
-  char buf[kCommandSize];
-  command(buf, "vlanroutingstatus %u %u", unsigned{vlanId}, unsigned{enabled});
-  return VORN_DMA_SEND("vornDmaVlanRoutingStatus", buf, kVlanRoutingRule);
+  return sendPair("vornDmaVlanRoutingStatus", "vlanroutingstatus", unsigned{vlanId},
+                  unsigned{enabled}, kVlanRoutingRule);
 }
 
 unsigned int vornDmaVcableSetProto(unsigned short proto) {

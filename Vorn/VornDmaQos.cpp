@@ -10,6 +10,7 @@ namespace Hardware::Vorn {
 namespace {
 
 using dma::command;
+using dma::sendPair;
 using dma::simulation;
 using End = dma::RefusalRule::End;
 
@@ -31,23 +32,17 @@ constexpr unsigned kTrafficClasses = 8;
 
 unsigned int vornDmaSetCosToTc(unsigned int cos, unsigned int tc) {
   if (simulation()) return 0;
-  char buf[kCommandSize];
-  command(buf, "vprimap %u %u", cos, tc);
-  return VORN_DMA_SEND("vornDmaSetCosToTc", buf, kCosToTcRule);
+  return sendPair("vornDmaSetCosToTc", "vprimap", cos, tc, kCosToTcRule);
 }
 
 unsigned int vornDmaSetTcToCos(unsigned int tc, unsigned int cos) {
   if (simulation()) return 0;
-  char buf[kCommandSize];
-  command(buf, "tcmap %u %u", tc, cos);
-  return VORN_DMA_SEND("vornDmaSetTcToCos", buf, kTcToCosRule);
+  return sendPair("vornDmaSetTcToCos", "tcmap", tc, cos, kTcToCosRule);
 }
 
 unsigned int vornDmaSetDscpToTc(unsigned int dscp, unsigned int tc) {
   if (simulation()) return 0;
-  char buf[kCommandSize];
-  command(buf, "dscpmap %u %u", dscp, tc);
-  return VORN_DMA_SEND("vornDmaSetDscpToTc", buf, kDscpToTcRule);
+  return sendPair("vornDmaSetDscpToTc", "dscpmap", dscp, tc, kDscpToTcRule);
 }
 
 unsigned int vornDmaTcToVpriMapAdd(const char* ifname, unsigned int* map) {
@@ -89,9 +84,7 @@ unsigned int vornDmaSetPtpDropEventTxPkts(bool drop) {
 // answer for their caller.
 void vornDmaVniToVlanIs(unsigned int vni, unsigned int vlanId) {
   VORN_DMA_TRACE(8, "vornDmaVniToVlanIs", ": vni: ", vni, " vlanId ", vlanId);
-  char buf[kCommandSize];
-  command(buf, "vnitovlan %u %u", vni, vlanId);
-  VORN_DMA_SEND("vornDmaVniToVlanIs", buf, kVxlanRule);
+  sendPair("vornDmaVniToVlanIs", "vnitovlan", vni, vlanId, kVxlanRule);
 }
 
 void vornDmaVtepLearnModeIs(unsigned int mode) {

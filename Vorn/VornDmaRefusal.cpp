@@ -41,4 +41,10 @@ int sendCommand(const char* fn, char* buf, const RefusalRule& rule, unsigned lin
   return rc;
 }
 
+int sendPair(const char* fn, const char* keyword, unsigned a, unsigned b, const RefusalRule& rule) {
+  char buf[kCommandSize];
+  command(buf, "%s %u %u", keyword, a, b);
+  return VORN_DMA_SEND(fn, buf, rule);
+}
+
 }  // namespace Hardware::Vorn::dma

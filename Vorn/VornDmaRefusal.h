@@ -16,7 +16,7 @@ struct RefusalRule {
   };
   bool traced;  // a refusal is traced (before syserr, when it ends the process)
   End end;
-  int listed[2];  // answers the rule names; 0 marks an unused place
+  int listed[2];                       // answers the rule names; 0 marks an unused place
   const char* errorLabel = " error ";  // the word before the error text in the trace
 };
 
@@ -24,6 +24,9 @@ struct RefusalRule {
 // the error trace "fn cmd: <buf><errorLabel><strerror>" at `line`, then
 // syserr(buf) where the rule ends the process. Returns the driver's answer.
 int sendCommand(const char* fn, char* buf, const RefusalRule& rule, unsigned line);
+
+// Sends "<keyword> a b", both numbers in decimal, under `rule` as above.
+int sendPair(const char* fn, const char* keyword, unsigned a, unsigned b, const RefusalRule& rule);
 
 }  // namespace Hardware::Vorn::dma
 

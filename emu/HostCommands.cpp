@@ -16,7 +16,9 @@ HostInterface* hostInterface(FabricDriver& d, std::string_view name) {
 
 namespace {
 
-bool isKeyword(std::string_view k) { return k.empty() || k == "ctrl" || k == "internallag"; }
+bool isKeyword(std::string_view k) {
+  return k.empty() || k == "ctrl" || k == "internallag";
+}
 
 // "ifadd name sysport port [devname [mac]] keyword": the keyword is always
 // last, empty for a hardware LAG.
@@ -145,6 +147,8 @@ constexpr Handler kHandlers[] = {
 
 }  // namespace
 
-std::span<const Handler> hostHandlers() { return kHandlers; }
+std::span<const Handler> hostHandlers() {
+  return kHandlers;
+}
 
 }  // namespace Emu

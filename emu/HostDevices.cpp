@@ -55,7 +55,9 @@ bool isEmulated(const FabricDriver& driver, int domain, int type) {
 
 namespace {
 
-std::string nameOf(const ifreq& req) { return std::string(req.ifr_name, strnlen(req.ifr_name, IFNAMSIZ)); }
+std::string nameOf(const ifreq& req) {
+  return std::string(req.ifr_name, strnlen(req.ifr_name, IFNAMSIZ));
+}
 
 // Opens the TUN/TAP control node attached to the TAP device `name` (created
 // if it is not there); the descriptor, or -1 with errno set.
@@ -145,7 +147,8 @@ int FabricDriver::hostRequest(unsigned long request, void* arg) {
       return 0;
     case SIOCGIFHWADDR:
       req.ifr_hwaddr.sa_family = dev.hwFamily;
-      for (unsigned i = 0; i < 6; ++i) req.ifr_hwaddr.sa_data[i] = static_cast<char>(dev.mac.byte(i));
+      for (unsigned i = 0; i < 6; ++i)
+        req.ifr_hwaddr.sa_data[i] = static_cast<char>(dev.mac.byte(i));
       return 0;
     case SIOCGIFFLAGS:
       req.ifr_flags = static_cast<short>(dev.flags);

@@ -14,7 +14,9 @@ namespace hostsock {
 inline constexpr int kFirstFd = (1 << 24) + (1 << 21);
 inline constexpr int kFdRange = 1 << 20;
 
-inline bool isSocketFd(int fd) { return fd >= kFirstFd && fd < kFirstFd + kFdRange; }
+inline bool isSocketFd(int fd) {
+  return fd >= kFirstFd && fd < kFirstFd + kFdRange;
+}
 // True for an emulated descriptor that is open.
 bool isOpen(int fd);
 // A new descriptor.

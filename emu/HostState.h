@@ -22,11 +22,11 @@ using VlanRange = std::tuple<unsigned, unsigned, unsigned>;  // first, last, inn
 struct HostInterface {
   std::string name;
   int sysPort = 0;
-  int portArg = 0;               // the second port number, as the caller gave it
-  std::string devName;           // the kernel device name; empty when not given
-  std::string keyword;           // "ctrl", "internallag" or "" (hardware LAG)
+  int portArg = 0;                   // the second port number, as the caller gave it
+  std::string devName;               // the kernel device name; empty when not given
+  std::string keyword;               // "ctrl", "internallag" or "" (hardware LAG)
   std::optional<Wirl::EthAddr> mac;  // given with the command (SAI mode)
-  std::optional<bool> up;        // "ifstate"; unset until told
+  std::optional<bool> up;            // "ifstate"; unset until told
   std::optional<unsigned> nativeVlan;
   std::map<VlanRange, unsigned> vlanToVsi;
   std::optional<unsigned> encapVlan;

@@ -106,6 +106,8 @@ constexpr Handler kHandlers[] = {
 
 }  // namespace
 
-std::span<const Handler> l3Handlers() { return kHandlers; }
+std::span<const Handler> l3Handlers() {
+  return kHandlers;
+}
 
 }  // namespace Emu

@@ -104,6 +104,8 @@ constexpr Handler kHandlers[] = {
 
 }  // namespace
 
-std::span<const Handler> qosHandlers() { return kHandlers; }
+std::span<const Handler> qosHandlers() {
+  return kHandlers;
+}
 
 }  // namespace Emu

@@ -36,23 +36,23 @@ class TcCapture {
 
 // In a death-test child: notes a failed condition on standard error, where
 // the parent shows it, and remembers it for the exit code.
-#define CHILD_CHECK(ok, cond)                                              \
-  do {                                                                     \
-    if (!(cond)) {                                                         \
+#define CHILD_CHECK(ok, cond)                                                 \
+  do {                                                                        \
+    if (!(cond)) {                                                            \
       std::fprintf(stderr, "%s:%d: failed: %s\n", __FILE__, __LINE__, #cond); \
-      (ok) = false;                                                        \
-    }                                                                      \
+      (ok) = false;                                                           \
+    }                                                                         \
   } while (0)
 
 // Runs `body` in a child process whose SAI mode is on (the answer of
 // saimode() is fixed per process at its first call); `body` returns whether
 // its checks held.
-#define EXPECT_IN_SAI_MODE(body)                 \
-  EXPECT_EXIT(                                   \
-      {                                          \
-        ::setenv("KRIX_MODE", "sai", 1);         \
-        std::_Exit((body)() ? 0 : 1);            \
-      },                                         \
+#define EXPECT_IN_SAI_MODE(body)         \
+  EXPECT_EXIT(                           \
+      {                                  \
+        ::setenv("KRIX_MODE", "sai", 1); \
+        std::_Exit((body)() ? 0 : 1);    \
+      },                                 \
       testing::ExitedWithCode(0), "")
 
 }  // namespace VornTest

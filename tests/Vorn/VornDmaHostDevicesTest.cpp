@@ -63,9 +63,10 @@ TEST_F(HostDevices, IfaddCommandVariants) {
   EXPECT_EQ(vornDmaIfadd("po2", 0xC001, 3, "bond2", false, true, kMac), 0);
   EXPECT_EQ(vornDmaIfadd("et2", 9, 2, "eth9", false, false, kMac), 0);
   EXPECT_EQ(vornDmaIfadd("cpu1", 8, 0, "", true, false, kMac), 0);
-  EXPECT_THAT(driver.commands(),
-              ElementsAre("ifadd cpu0 7 1 eth5 ctrl", "ifadd po1 16389 0 ", "ifadd po2 16385 3 bond2 ",
-                          "ifadd et2 9 2 eth9 internallag", "ifadd cpu1 8 0 ctrl"));
+  EXPECT_THAT(
+      driver.commands(),
+      ElementsAre("ifadd cpu0 7 1 eth5 ctrl", "ifadd po1 16389 0 ", "ifadd po2 16385 3 bond2 ",
+                  "ifadd et2 9 2 eth9 internallag", "ifadd cpu1 8 0 ctrl"));
   EXPECT_EQ(driver.host().interfaces.at("po2").devName, "bond2");
   EXPECT_EQ(trace.lines()[0].text, "vornDmaIfadd: command ifadd cpu0 7 1 eth5 ctrl");
   EXPECT_EQ(trace.lines()[0].level, 2);
@@ -138,9 +139,10 @@ TEST_F(HostDevices, TheQdiscResultIsTheAnswerAndOnlyANegativeOneIsTraced) {
   tc.resultIs(2);  // tc ran and failed
   EXPECT_EQ(vornDmaIfadd("et1", 5, 0, "", false, false, kMac), 2);
   EXPECT_EQ(trace.lines().size(), 1u);  // the command only
-  tc.resultIs(-1);  // tc could not be run
+  tc.resultIs(-1);                      // tc could not be run
   EXPECT_EQ(vornDmaIfadd("et2", 6, 0, "", false, false, kMac), -1);
-  EXPECT_EQ(trace.texts().back(), "setupIntf Failed to add prio qdisc for et2 error Unknown error -1");
+  EXPECT_EQ(trace.texts().back(),
+            "setupIntf Failed to add prio qdisc for et2 error Unknown error -1");
 }
 
 TEST_F(HostDevices, MacTextIsReadAtEveryThirdCharacterWithoutValidation) {
@@ -223,10 +225,11 @@ TEST_F(HostDevices, VlanCommands) {
   EXPECT_EQ(vornDmaVlanVsiAdd("et1", 20, 10, 0, 1), EINVAL);
   EXPECT_EQ(vornDmaNativeVlan("et9", true, 1), ENODEV);
   EXPECT_EQ(vornDmaVlanVsiDel("et9", 1, 2, 0), ENODEV);
-  EXPECT_THAT(trace.texts(),
-              ElementsAre("vornDmaVlanVsiAdd cmd: vlan_vsi_add et1 20 10 0 1 error Invalid argument",
-                          "vornDmaNativeVlan cmd: native_vlan et9 1 1 error No such device",
-                          "vornDmaVlanVsiDel cmd: vlan_vsi_del et9 1 2 0 error No such device"));
+  EXPECT_THAT(
+      trace.texts(),
+      ElementsAre("vornDmaVlanVsiAdd cmd: vlan_vsi_add et1 20 10 0 1 error Invalid argument",
+                  "vornDmaNativeVlan cmd: native_vlan et9 1 1 error No such device",
+                  "vornDmaVlanVsiDel cmd: vlan_vsi_del et9 1 2 0 error No such device"));
 }
 
 TEST_F(HostDevices, RoutedPortUsesTheParentOfASubInterfaceAndToleratesAMissingDevice) {
@@ -261,11 +264,12 @@ TEST_F(HostDevices, EncapVlanOfARoutedPort) {
   EXPECT_EQ(vornDmaRoutedPortEncapVlanMapSet("et1", 200), 0);
   EXPECT_EQ(driver.host().interfaces.at("et1").encapVlan, 200u);
   EXPECT_EQ(vornDmaRoutedPortEncapVlanMapSet("et9", 200), ENODEV);
-  EXPECT_THAT(trace.texts(),
-              ElementsAre("vornDmaRoutedPortEncapVlanMapSet et1 200",
-                          "vornDmaRoutedPortEncapVlanMapSet et9 200",
-                          "vornDmaRoutedPortEncapVlanMapSet cmd: encapvlan_routedport et9 200 error "
-                          "No such device"));
+  EXPECT_THAT(
+      trace.texts(),
+      ElementsAre("vornDmaRoutedPortEncapVlanMapSet et1 200",
+                  "vornDmaRoutedPortEncapVlanMapSet et9 200",
+                  "vornDmaRoutedPortEncapVlanMapSet cmd: encapvlan_routedport et9 200 error "
+                  "No such device"));
 }
 
 TEST_F(HostDevices, IntfStateIsOnlyForSaiMode) {
@@ -318,10 +322,11 @@ TEST_F(HostDevices, SaiModeIfadd) {
     // A hardware LAG lives in the host namespace only: no command, setup only.
     driver.hostNetdevIs("PortChannel1");
     CHILD_CHECK(ok, vornDmaIfadd("PortChannel1", 0x8001, 0, "", false, true, kMac) == 0);
-    CHILD_CHECK(ok, driver.commands() == std::vector<std::string>({
-                                             "ifadd et1 5 0 eth1 02:00:00:aa:bb:cc internallag",
-                                             "ifadd et2 6 0 internallag"}));
-    CHILD_CHECK(ok, driver.host().interfaces.at("et1").mac == Wirl::EthAddr(2, 0, 0, 0xaa, 0xbb, 0xcc));
+    CHILD_CHECK(ok, driver.commands() == std::vector<std::string>(
+                                             {"ifadd et1 5 0 eth1 02:00:00:aa:bb:cc internallag",
+                                              "ifadd et2 6 0 internallag"}));
+    CHILD_CHECK(ok,
+                driver.host().interfaces.at("et1").mac == Wirl::EthAddr(2, 0, 0, 0xaa, 0xbb, 0xcc));
     CHILD_CHECK(ok, isUp("PortChannel1"));
     CHILD_CHECK(ok, tc.lines().size() == 3 &&
                         tc.lines()[2] == "/sbin/tc qdisc add dev PortChannel1 root handle 1: prio");
@@ -367,9 +372,9 @@ TEST_F(HostDevices, SaiModeIntfState) {
     CHILD_CHECK(ok, trace.texts().empty());  // a missing device is not traced
     driver.answerNext("ifstate", EIO);
     CHILD_CHECK(ok, vornDmaSetIntfState("et1", true) == EIO);
-    CHILD_CHECK(ok, trace.texts() == std::vector<std::string>(
-                                         {"vornDmaSetIntfState cmd: ifstate et1 up error "
-                                          "Input/output error"}));
+    CHILD_CHECK(ok, trace.texts() ==
+                        std::vector<std::string>({"vornDmaSetIntfState cmd: ifstate et1 up error "
+                                                  "Input/output error"}));
     return ok;
   });
 }

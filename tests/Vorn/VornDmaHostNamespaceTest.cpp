@@ -138,9 +138,11 @@ bool portsInOwnNamespace() {
   CHILD_CHECK(ok, et2.error == 0 && et2.mac[5] == 2 && (et2.flags & IFF_UP));
 
   // A device the kernel refuses: setup stops at the MAC address.
-  CHILD_CHECK(ok, vornDmaIfadd("et3", 7, 0, "", false, false, "01:00:00:00:00:03") == EADDRNOTAVAIL);
+  CHILD_CHECK(ok,
+              vornDmaIfadd("et3", 7, 0, "", false, false, "01:00:00:00:00:03") == EADDRNOTAVAIL);
   CHILD_CHECK(ok, !(askKernel("et3").flags & IFF_UP));
-  CHILD_CHECK(ok, trace.texts().back() == "setupIntf SIOCSIFHWADDR error Cannot assign requested address");
+  CHILD_CHECK(
+      ok, trace.texts().back() == "setupIntf SIOCSIFHWADDR error Cannot assign requested address");
 
   // Deleting the port removes the device from the kernel.
   CHILD_CHECK(ok, vornDmaIfdel("et1") == 0);

@@ -37,22 +37,26 @@ struct Case {
 
 const std::vector<Case>& cases() {
   static const std::vector<Case> all = {
-      {"virtualmac", "vornDmaVirtualMacSet", [] { return vornDmaVirtualMacSet(Wirl::EthAddrWithMask(kRouterMac, kMask)); },
+      {"virtualmac", "vornDmaVirtualMacSet",
+       [] { return vornDmaVirtualMacSet(Wirl::EthAddrWithMask(kRouterMac, kMask)); },
        "virtualmac 02:1c:73:00:00:99 ff:ff:ff:ff:ff:00", true},
-      {"vlanipaddrvirtual", "vornDmaIpAddrVirtualSet", [] { return vornDmaIpAddrVirtualSet(10, true); },
-       "vlanipaddrvirtual 10 1", true},
-      {"vlanip6addrvirtual", "vornDmaIp6AddrVirtualSet", [] { return vornDmaIp6AddrVirtualSet(11, false); },
-       "vlanip6addrvirtual 11 0", true},
+      {"vlanipaddrvirtual", "vornDmaIpAddrVirtualSet",
+       [] { return vornDmaIpAddrVirtualSet(10, true); }, "vlanipaddrvirtual 10 1", true},
+      {"vlanip6addrvirtual", "vornDmaIp6AddrVirtualSet",
+       [] { return vornDmaIp6AddrVirtualSet(11, false); }, "vlanip6addrvirtual 11 0", true},
       {"mlagpeermac", "vornDmaPeerRouterMacSet", [] { return vornDmaPeerRouterMacSet(kRouterMac); },
        "mlagpeermac 02:1c:73:00:00:99", true},
-      {"mlag_shared_mac", "vornDmaMlagSharedRouterMacIs", [] { return vornDmaMlagSharedRouterMacIs(kRouterMac); },
-       "mlag_shared_mac 02:1c:73:00:00:99", true},
-      {"arp_snooping_vlan", "vornDmaArpSnoopingVlan", [] { return vornDmaArpSnoopingVlan(4094, true); },
-       "arp_snooping_vlan 4094 1", true},
-      {"pvlanmap", "vornDmaPvlanMap", [] { return vornDmaPvlanMap(100, 101); }, "pvlanmap 100 101", true},
-      {"vlanroutingstatus", "vornDmaVlanRoutingStatus", [] { return vornDmaVlanRoutingStatus(20, 1); },
-       "vlanroutingstatus 20 1", true},
-      {"vcable_proto", "vornDmaVcableSetProto", [] { return vornDmaVcableSetProto(0x88b5); }, "vcable_proto 88b5", false},
+      {"mlag_shared_mac", "vornDmaMlagSharedRouterMacIs",
+       [] { return vornDmaMlagSharedRouterMacIs(kRouterMac); }, "mlag_shared_mac 02:1c:73:00:00:99",
+       true},
+      {"arp_snooping_vlan", "vornDmaArpSnoopingVlan",
+       [] { return vornDmaArpSnoopingVlan(4094, true); }, "arp_snooping_vlan 4094 1", true},
+      {"pvlanmap", "vornDmaPvlanMap", [] { return vornDmaPvlanMap(100, 101); }, "pvlanmap 100 101",
+       true},
+      {"vlanroutingstatus", "vornDmaVlanRoutingStatus",
+       [] { return vornDmaVlanRoutingStatus(20, 1); }, "vlanroutingstatus 20 1", true},
+      {"vcable_proto", "vornDmaVcableSetProto", [] { return vornDmaVcableSetProto(0x88b5); },
+       "vcable_proto 88b5", false},
       {"vcable_muxid", "vornDmaVcableSetMuxid", [] { return vornDmaVcableSetMuxid("et1", 65535); },
        "vcable_muxid et1 65535", false},
   };
@@ -95,7 +99,8 @@ TEST_F(L3, OtherRefusalsAreTracedAndReturned) {
     EXPECT_EQ(c.call(), unsigned{ENODEV}) << c.keyword;
     // vlanroutingstatus writes "error=" where the others write "error".
     const char* label = std::string_view(c.keyword) == "vlanroutingstatus" ? " error= " : " error ";
-    EXPECT_EQ(trace.lines().back().text, std::string(c.fn) + " cmd: " + c.sent + label + "No such device");
+    EXPECT_EQ(trace.lines().back().text,
+              std::string(c.fn) + " cmd: " + c.sent + label + "No such device");
     EXPECT_EQ(trace.lines().back().level, 0);
   }
 }

@@ -48,7 +48,8 @@ TEST_F(Qos, RefusedMapsEndTheProcessWithTheCommand) {
   // The traced one shows its error trace first; the others go straight to
   // syserr.
   Mox::traceHandle("VornDma").levelIs(0, true);
-  EXPECT_EXIT(vornDmaSetCosToTc(1, 9), KilledBySignal(SIGABRT), "^vprimap 1 9: Invalid argument\n$");
+  EXPECT_EXIT(vornDmaSetCosToTc(1, 9), KilledBySignal(SIGABRT),
+              "^vprimap 1 9: Invalid argument\n$");
   EXPECT_EXIT(vornDmaSetTcToCos(8, 1), KilledBySignal(SIGABRT), "^tcmap 8 1: Invalid argument\n$");
   EXPECT_EXIT(vornDmaSetDscpToTc(64, 1), KilledBySignal(SIGABRT),
               "^VornDma\\[0\\] /src/Vorn/VornDma:[0-9]+ vornDmaSetDscpToTc cmd: dscpmap 64 1 error "
@@ -65,8 +66,9 @@ TEST_F(Qos, TrafficClassTableIsOneOctalWordClassZeroLast) {
   vornDmaTcToVpriMapAdd("et1", sevens);
   unsigned zeros[8] = {};
   vornDmaTcToVpriMapAdd("et1", zeros);
-  EXPECT_THAT(driver.commands(), ElementsAre("tc_vpri_map_add et1 76543210",
-                                             "tc_vpri_map_add et1 77777777", "tc_vpri_map_add et1 0"));
+  EXPECT_THAT(driver.commands(),
+              ElementsAre("tc_vpri_map_add et1 76543210", "tc_vpri_map_add et1 77777777",
+                          "tc_vpri_map_add et1 0"));
   EXPECT_EQ(trace.lines()[0].text, "vornDmaTcToVpriMapAdd: applying mapping 76543210 on et1");
   EXPECT_EQ(trace.lines()[0].level, 2);
 }
@@ -158,8 +160,8 @@ TEST_F(Qos, VxlanSettersAlwaysSendAndOnlyTrace) {
   EXPECT_EQ(driver.host().vniToVlan.at(10010), 10u);
   EXPECT_EQ(driver.host().vtepLearnMode, 2u);
   vornDmaVniToVlanIs(1u << 24, 10);  // no such VNI: refused, traced, nothing else
-  EXPECT_THAT(driver.commands(), ElementsAre("vnitovlan 10010 10", "vtep_learn_mode 2",
-                                             "vnitovlan 16777216 10"));
+  EXPECT_THAT(driver.commands(),
+              ElementsAre("vnitovlan 10010 10", "vtep_learn_mode 2", "vnitovlan 16777216 10"));
   EXPECT_THAT(trace.texts(),
               ElementsAre("vornDmaVniToVlanIs: vni: 10010 vlanId 10",
                           "vornDmaVtepLearnModeIs: VxlanVtepLearnMode: 2",

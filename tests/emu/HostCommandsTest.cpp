@@ -39,11 +39,10 @@ TEST_F(HostCommands, IfaddForms) {
 }
 
 TEST_F(HostCommands, IfaddRefusesWhatTheDriverCannotTake) {
-  for (const char* bad : {"ifadd", "ifadd et1 5 0", "ifadd et1 x 0 internallag",
-                          "ifadd et1 5 0 plain", "ifadd abcdefghijklmnop 5 0 internallag",
-                          "ifadd et1 5 0 eth1 02:00:00:aa:bb internallag",
-                          "ifadd  5 0 internallag", "ifadd et1 5 0  internallag",
-                          "ifadd et1 5 0 a b c d"})
+  for (const char* bad :
+       {"ifadd", "ifadd et1 5 0", "ifadd et1 x 0 internallag", "ifadd et1 5 0 plain",
+        "ifadd abcdefghijklmnop 5 0 internallag", "ifadd et1 5 0 eth1 02:00:00:aa:bb internallag",
+        "ifadd  5 0 internallag", "ifadd et1 5 0  internallag", "ifadd et1 5 0 a b c d"})
     EXPECT_EQ(send(bad), EINVAL) << bad;
   EXPECT_TRUE(driver.host().interfaces.empty());
   EXPECT_TRUE(driver.host().netdevs.empty());
@@ -52,10 +51,11 @@ TEST_F(HostCommands, IfaddRefusesWhatTheDriverCannotTake) {
 }
 
 TEST_F(HostCommands, DevicesMustExistForTheirCommands) {
-  for (const char* cmd : {"ifdel et1", "ifportupdate et1 3", "ifstate et1 up", "native_vlan et1 1 10",
-                          "vlan_vsi_add et1 1 2 0 5", "vlan_vsi_del et1 1 2 0", "internalvlan 10 et1",
-                          "encapvlan_routedport et1 10", "tc_vpri_map_add et1 0",
-                          "tc_vpri_map_del et1", "tc_vpri_map_update et1 1 1", "vcable_muxid et1 1"})
+  for (const char* cmd :
+       {"ifdel et1", "ifportupdate et1 3", "ifstate et1 up", "native_vlan et1 1 10",
+        "vlan_vsi_add et1 1 2 0 5", "vlan_vsi_del et1 1 2 0", "internalvlan 10 et1",
+        "encapvlan_routedport et1 10", "tc_vpri_map_add et1 0", "tc_vpri_map_del et1",
+        "tc_vpri_map_update et1 1 1", "vcable_muxid et1 1"})
     EXPECT_EQ(send(cmd), ENODEV) << cmd;
 }
 
