@@ -1,5 +1,8 @@
 // Ports, VLANs and host devices: the driver's host network devices and their
 // finishing on the host side (MAC address, up flag, queueing discipline).
+//
+// Trace levels: refusals and host-side failures at 0, the ifadd command text
+// at 2, successes and the skipped port-channel delete at 8.
 #include <net/if.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
@@ -131,6 +134,8 @@ int vornDmaIfadd(const char* ifname, int sysPort, int portArg, Mox::String devNa
     // A plain port is announced as "internallag".
     command(buf, "ifadd %s %d %d %s", ifname, sysPort, portArg, keywordOf(ctrl));
   } else if (saimode()) {
+    // In SAI mode the driver takes the MAC with the device; without one the
+    // caller is broken.
     MOX_ASSERT_TEXT(macAddr != nullptr, "macAddr",
                     "int Hardware::Vorn::vornDmaIfadd(const char*, int, int, Mox::String, bool, "
                     "bool, const char*)");

@@ -1,5 +1,12 @@
 // Router MACs, virtual addresses, ARP snooping, private VLANs, VLAN routing
 // and the virtual-cable settings of the driver.
+//
+// Entry messages: the MAC, virtual-address and virtual-cable commands write a
+// ring-trace block message; ARP snooping, private VLANs and VLAN routing write
+// a "VornDma" trace line at level 8 (function entry) instead. Their pieces are
+// concatenated as they stand, so "vornDmaPvlanMapPrimary vlanId=..." is what
+// operators see. MAC texts cost one small allocation each (the platform's
+// EthAddr forms); these commands are rare.
 #include <cerrno>
 
 #include "Ringlog/Ringlog.h"
