@@ -21,6 +21,7 @@
 
 #include "Kernel/Kernel.h"
 #include "emu/DeviceState.h"
+#include "emu/LagState.h"
 
 namespace Emu {
 
@@ -68,6 +69,10 @@ class FabricDriver {
   DeviceState& devices() { return devices_; }
   const DeviceState& devices() const { return devices_; }
 
+  // LAGs (see LagState.h for how the driver names and numbers them).
+  LagState& lags() { return lags_; }
+  const LagState& lags() const { return lags_; }
+
   // The table the driver forwards everything else to.
   const Kernel::Ops& next() const noexcept { return *next_; }
 
@@ -78,6 +83,7 @@ class FabricDriver {
 
   mutable std::recursive_mutex mutex_;
   DeviceState devices_;
+  LagState lags_;
   std::map<std::string, std::pair<int, unsigned>, std::less<>> scripted_;
   std::vector<std::string> log_;
   std::vector<int> answers_;
