@@ -63,6 +63,15 @@ void dropIfEmpty(LagState& state, std::map<int, Lag>::iterator it) {
   if (it->second.members.empty() && it->second.configMembers.empty()) state.lags.erase(it);
 }
 
+// Finds the existing LAG that `name` names: 0, or 22 for a name that is no
+// LAG name, 19 for a LAG the driver does not have.
+int existingLag(LagState& state, std::string_view name, std::map<int, Lag>::iterator& it) {
+  int number = lagNumber(name);
+  if (number < 0) return EINVAL;
+  it = state.lags.find(number);
+  return it == state.lags.end() ? ENODEV : 0;
+}
+
 bool memberInAnyLag(const LagState& state, const std::string& name) {
   for (const auto& [number, lag] : state.lags)
     for (const auto& [id, member] : lag.members)
@@ -125,10 +134,8 @@ int lagmemberDel(FabricDriver& d, const Command& c, char*, unsigned) {
   LagState& s = d.lags();
   long long memberId = 0;
   if (c.argc != 2 || !parseSigned(c.args[1], memberId)) return EINVAL;
-  int number = lagNumber(c.args[0]);
-  if (number < 0) return EINVAL;
-  auto it = s.lags.find(number);
-  if (it == s.lags.end()) return ENODEV;
+  std::map<int, Lag>::iterator it;
+  if (int rc = existingLag(s, c.args[0], it)) return rc;
   if (!it->second.members.erase(static_cast<int>(memberId))) return ENOENT;
   dropIfEmpty(s, it);
   return 0;
@@ -148,10 +155,8 @@ int lagmemberconfigAdd(FabricDriver& d, const Command& c, char*, unsigned) {
 int lagmemberconfigDel(FabricDriver& d, const Command& c, char*, unsigned) {
   LagState& s = d.lags();
   if (c.argc != 2) return EINVAL;
-  int number = lagNumber(c.args[0]);
-  if (number < 0) return EINVAL;
-  auto it = s.lags.find(number);
-  if (it == s.lags.end()) return ENODEV;
+  std::map<int, Lag>::iterator it;
+  if (int rc = existingLag(s, c.args[0], it)) return rc;
   if (!it->second.configMembers.erase(std::string(c.args[1]))) return ENOENT;
   dropIfEmpty(s, it);
   return 0;
@@ -160,10 +165,8 @@ int lagmemberconfigDel(FabricDriver& d, const Command& c, char*, unsigned) {
 int lagconfigmapDel(FabricDriver& d, const Command& c, char*, unsigned) {
   LagState& s = d.lags();
   if (c.argc != 1) return EINVAL;
-  int number = lagNumber(c.args[0]);
-  if (number < 0) return EINVAL;
-  auto it = s.lags.find(number);
-  if (it == s.lags.end()) return ENODEV;
+  std::map<int, Lag>::iterator it;
+  if (int rc = existingLag(s, c.args[0], it)) return rc;
   it->second.configMembers.clear();
   dropIfEmpty(s, it);
   return 0;

@@ -24,6 +24,12 @@ bool LagDevice::lagMemberConfig(const Mox::String& intfName) const {
 }
 
 void LagDevice::lagMemberConfigIs(Mox::String intfName, bool value) {
+  // The driver lists config members in order: adding past the last one costs
+  // no search.
+  if (config_.empty() || config_.rbegin()->first < intfName) {
+    config_.emplace_hint(config_.end(), std::move(intfName), value);
+    return;
+  }
   config_.insert_or_assign(std::move(intfName), value);
 }
 
