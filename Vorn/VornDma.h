@@ -14,6 +14,7 @@
 
 #include "HardwareVorn/Enums.h"
 #include "HardwareVorn/Ids.h"
+#include "HardwareVorn/VornDmaLags.h"
 #include "Fru/Fru.h"
 #include "Mox/String.h"
 #include "Mox/Types.h"
@@ -202,5 +203,32 @@ VORN_EXPORT unsigned int vornDmaVlanRoutingStatus(unsigned short vlanId, unsigne
 // The EtherType of the virtual-cable encapsulation; a device's mux id.
 VORN_EXPORT unsigned int vornDmaVcableSetProto(unsigned short proto);
 VORN_EXPORT unsigned int vornDmaVcableSetMuxid(const char* ifname, unsigned short muxid);
+// LAGs
+//
+// The driver keeps its own copy of the LAGs (port-channels) that the chip
+// forwards to and from the CPU. The commands return the driver's answer (0 on
+// success). In simulation they do nothing and return 0; in SAI mode the member
+// and config commands do nothing and return 0 as well.
+
+// Hands the driver its LAG parameters ("drvparams"): the two numbers and the
+// chip family, passed through unchanged, each printed as signed decimal. Not
+// subject to SAI mode.
+VORN_EXPORT int vornDmaSetLagMode(unsigned lagMode, unsigned lagParam, FapType fapType);
+// Adds member netdevice `membername` with `memberId` to LAG `ifname`. While
+// the driver answers 19 (the member netdevice is not there yet) it waits
+// 10 ms and asks again, at most 10 times.
+VORN_EXPORT int vornDmaLagMemberAdd(const char* ifname, const char* membername, int memberId);
+// Removes the member with `memberId` from LAG `ifname`.
+VORN_EXPORT int vornDmaLagMemberDel(const char* ifname, int memberId);
+// Adds / removes config member `membername` of LAG `ifname`.
+VORN_EXPORT int vornDmaLagMemberConfigAdd(const char* ifname, const char* membername);
+VORN_EXPORT int vornDmaLagMemberConfigDel(const char* ifname, const char* membername);
+// Removes all config members of LAG `lagname`.
+VORN_EXPORT int vornDmaLagConfigMapDel(const char* lagname);
+// The driver's LAG table as "/proc/vorn-dma" lists it; never null. Empty in
+// simulation or when the file cannot be opened. A LAG or member id out of
+// range throws Mox::RangeException with the id type's text; a malformed line
+// inside a LAG section, or a config line before its LAG, ends the process.
+VORN_EXPORT VornDmaLags::Ptr vornDmaListLags();
 
 }  // namespace Hardware::Vorn

@@ -217,6 +217,7 @@ std::string FabricDriver::procListing() const {
   for (const auto& [name, dev] : devices_.devices)
     out += name + " " + dev.pci + (dev.up ? " up\n" : " down\n");
   out += "\n";
+  out += lagListing(lags_);
   return out;
 }
 

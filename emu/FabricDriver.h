@@ -29,6 +29,7 @@
 #include "Kernel/Kernel.h"
 #include "emu/DeviceState.h"
 #include "emu/HostState.h"
+#include "emu/LagState.h"
 
 namespace Emu {
 
@@ -100,6 +101,9 @@ class FabricDriver {
   // an emulated netdevice, or a TAP device in real mode. 0 or an errno.
   int hostNetdevCreate(const std::string& name);
   int hostNetdevRemove(const std::string& name);
+  // LAGs (see LagState.h for how the driver names and numbers them).
+  LagState& lags() { return lags_; }
+  const LagState& lags() const { return lags_; }
 
   // The table the driver forwards everything else to.
   const Kernel::Ops& next() const noexcept { return *next_; }
@@ -115,6 +119,7 @@ class FabricDriver {
   bool realHost_ = false;
   std::map<unsigned long, std::pair<int, unsigned>> hostFaults_;
   int socketFault_ = 0;
+  LagState lags_;
   std::map<std::string, std::pair<int, unsigned>, std::less<>> scripted_;
   std::vector<std::string> log_;
   std::vector<int> answers_;

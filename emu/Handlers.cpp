@@ -8,6 +8,7 @@ std::span<const std::span<const Handler>> handlerFamilies() {
       hostHandlers(),
       qosHandlers(),
       l3Handlers(),
+      lagHandlers(),
   };
   return families;
 }

@@ -1,0 +1,92 @@
+// The grammar of the LAG sections of the driver's listing "/proc/vorn-dma",
+// apart from what happens when a line breaks it: the parser reports a broken
+// line as a value (the range exception's text, or the failed assertion's
+// condition) and never throws or ends the process, so that it can be tested
+// and fuzzed on any bytes. vornDmaListLags turns those values into the
+// exception or the abort. Internal: not exported.
+//
+// The listing:
+//
+//   lags:                      a header opens a section ("lags:", "ilags:",
+//   po3 5 et1 0 et2 1            "lagconfigmap:" alike); a LAG line: po<N>,
+//                                an optional LAG id, member name/id pairs
+//                              an empty line closes the section
+//   lagconfigmap:
+//   et7 sys_port 40: po3       a config line: a config member of po3
+//
+// Lines outside a section are ignored. The numbers are read with sscanf's and
+// strtol's rules exactly (leading white space, signs, partial matches,
+// saturation at the range of long, then narrowing to int), without reading
+// past the line, which need not be NUL-terminated.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "HardwareVorn/VornDmaLags.h"
+
+namespace Hardware::Vorn::dma {
+
+// How long an interface name of a config line may be: "%s" reads into a
+// 64-byte buffer, so the scan is "%63s". The platform's names are far shorter.
+inline constexpr std::size_t kConfigNameMax = 63;
+
+// sscanf(line, "po%d %d", &number, &lagId) over `line`: the number of fields
+// assigned, or -1 (EOF) when the line ends before the first one. Fields not
+// reached are left alone.
+int scanLagHead(std::string_view line, int& number, int& lagId) noexcept;
+
+// sscanf(line, "%63s sys_port %d: po%d", ...) over `line`; `intfName` views
+// the characters that "%63s" stored.
+int scanConfigLine(std::string_view line, std::string_view& intfName, int& sysPort,
+                   int& number) noexcept;
+
+// strtol(text, nullptr, 10) over `text`: 0 when it holds no number.
+long textToLong(std::string_view text) noexcept;
+
+// What one line of the listing was.
+enum class LineKind {
+  kIgnored,          // outside a section, or the empty line that closes one
+  kHeader,           // "lags:", "ilags:" or "lagconfigmap:"
+  kLag,              // a LAG line, stored
+  kConfig,           // a config line, added to its LAG
+  kRangeError,       // `text` is the range exception's text
+  kAssertionFailed,  // `text` is the failed assertion's condition
+};
+
+struct LineOutcome {
+  LineKind kind = LineKind::kIgnored;
+  const char* text = nullptr;
+  bool failed() const noexcept {
+    return kind == LineKind::kRangeError || kind == LineKind::kAssertionFailed;
+  }
+};
+
+// Reads the listing, line by line or chunk by chunk, into `table`. After the
+// first failure it reads nothing more and keeps reporting that failure; what
+// it stored before stays in the table. `table` must outlive the parser.
+class LagListingParser {
+ public:
+  explicit LagListingParser(VornDmaLags& table) noexcept : table_(table) {}
+
+  // Reads one line, without its newline.
+  LineOutcome line(std::string_view text);
+  // Reads a piece of the file; a line may be split across pieces. Returns
+  // the first failure, or an outcome that has not failed.
+  LineOutcome feed(std::string_view chunk);
+  // Reads the last line when the file does not end with a newline.
+  LineOutcome finish();
+
+ private:
+  LineOutcome dataLine(std::string_view text);
+  LineOutcome lagLine(std::string_view text, int number, bool hasLagId, int lagId);
+  LineOutcome configLine(std::string_view text);
+
+  VornDmaLags& table_;
+  bool inSection_ = false;
+  LineOutcome failure_;
+  std::string partial_;  // the start of a line split across pieces
+};
+
+}  // namespace Hardware::Vorn::dma

@@ -1,0 +1,66 @@
+#include "HardwareVorn/VornDmaLags.h"
+
+#include <utility>
+
+namespace Hardware::Vorn {
+
+// Nothing here assigns a LagDevice: its assignment lives in libvorn.so, which
+// this layer does not link. Entries are replaced by erase and re-insert.
+
+const LagMemberDevice* LagDevice::lagMemberDevice(const Mox::String& name) const {
+  auto it = members_.find(name);
+  return it == members_.end() ? nullptr : &it->second;
+}
+
+void LagDevice::lagMemberDeviceIs(const LagMemberDevice& member) {
+  members_.insert_or_assign(member.name(), member);
+}
+
+void LagDevice::lagMemberDeviceDel(const Mox::String& name) { members_.erase(name); }
+
+bool LagDevice::lagMemberConfig(const Mox::String& intfName) const {
+  auto it = config_.find(intfName);
+  return it != config_.end() && it->second;
+}
+
+void LagDevice::lagMemberConfigIs(Mox::String intfName, bool value) {
+  // The driver lists config members in order: adding past the last one costs
+  // no search.
+  if (config_.empty() || config_.rbegin()->first < intfName) {
+    config_.emplace_hint(config_.end(), std::move(intfName), value);
+    return;
+  }
+  config_.insert_or_assign(std::move(intfName), value);
+}
+
+void LagDevice::lagMemberConfigDel(const Mox::String& intfName) { config_.erase(intfName); }
+
+const LagDevice* VornDmaLags::lagDevice(const Mox::String& name) const {
+  auto it = lags_.find(name);
+  return it == lags_.end() ? nullptr : &it->second;
+}
+
+void VornDmaLags::lagDeviceIs(const LagDevice& lag) { lagDeviceIs(LagDevice(lag)); }
+
+void VornDmaLags::lagDeviceIs(LagDevice&& lag) {
+  auto it = lags_.find(lag.name());
+  if (it != lags_.end()) it = lags_.erase(it);
+  Mox::String key = lag.name();
+  lags_.emplace_hint(it, std::move(key), std::move(lag));
+}
+
+void VornDmaLags::lagDeviceDel(const Mox::String& name) { lags_.erase(name); }
+
+bool VornDmaLags::lagDeviceMemberConfigIs(const Mox::String& lagName, Mox::String intfName,
+                                          bool value) {
+  auto it = lags_.find(lagName);
+  if (it == lags_.end()) return false;
+  it->second.lagMemberConfigIs(std::move(intfName), value);
+  return true;
+}
+
+VornDmaLags::Ptr vornDmaLagsFactory(Mox::Name name) {
+  return VornDmaLags::Ptr(new VornDmaLags(std::move(name)));
+}
+
+}  // namespace Hardware::Vorn

@@ -1,0 +1,118 @@
+// The LAG agent's records as the library uses them: whole-record equality,
+// the table's replace-whole, and LagDevice::operator= (defined by libvorn.so).
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+
+#include "Vorn/LagTestSupport.h"
+
+using namespace Hardware::Vorn;
+using VornTest::lagDevice;
+
+namespace {
+
+LagDevice sample() {
+  // A name that this record alone holds: built from a temporary, not a literal.
+  LagDevice lag = lagDevice(std::string("po12").c_str(), LagId(7), {{"et1", 0}, {"et2", 3}},
+                            {"Ethernet1", "Ethernet2"});
+  lag.sysAggrPortIdIs(0x8007);
+  lag.lagModeIs(2);
+  return lag;
+}
+
+TEST(LagDevice, EqualityComparesWholeRecords) {
+  const LagDevice base = sample();
+  EXPECT_EQ(sample(), base);
+  EXPECT_TRUE(LagDevice().isEmpty());
+  EXPECT_EQ(LagDevice("", LagId()), LagDevice());
+  EXPECT_FALSE(base.isEmpty());
+
+  // Each field takes part.
+  LagDevice other = sample();
+  other.sysAggrPortIdIs(1);
+  EXPECT_NE(other, base);
+  other = sample();
+  other.lagModeIs(3);
+  EXPECT_NE(other, base);
+  other = sample();
+  other.lagMemberConfigIs("Ethernet1", false);
+  EXPECT_NE(other, base);
+  other = sample();
+  LagMemberDevice member("et1", LagMemberId(0), true);
+  other.lagMemberDeviceIs(member);
+  EXPECT_NE(other, base);
+  EXPECT_NE(lagDevice("po12", LagId(8)), lagDevice("po12", LagId(7)));
+  EXPECT_NE(lagDevice("po13", LagId(7)), lagDevice("po12", LagId(7)));
+}
+
+TEST(LagDevice, AssignmentCopiesEveryField) {
+  const LagDevice source = sample();
+  LagDevice target = lagDevice("po1", LagId(1), {{"et9", 9}}, {"Ethernet9"});
+  target = source;
+  EXPECT_EQ(target, source);
+  EXPECT_EQ(target.sysAggrPortId(), 0x8007);
+  EXPECT_EQ(target.lagMode(), 2);
+  // The copy is independent of its source.
+  target.lagMemberConfigIs("Ethernet3", true);
+  EXPECT_FALSE(source.lagMemberConfig("Ethernet3"));
+  // Moving assigns through the same operator.
+  LagDevice moved;
+  moved = sample();
+  EXPECT_EQ(moved, source);
+}
+
+TEST(LagDevice, SelfAssignmentThroughAnAliasKeepsTheRecord) {
+  LagDevice lag = sample();
+  const LagDevice before = lag;
+  LagDevice* alias = &lag;
+  lag = *alias;
+  EXPECT_EQ(lag, before);
+  EXPECT_EQ(lag.name(), "po12");
+  // Through the table: an entry assigned from itself.
+  VornDmaLags::Ptr table = vornDmaLagsFactory("vornDmaLags");
+  table->lagDeviceIs(sample());
+  LagDevice copy = *table->lagDevice("po12");
+  const LagDevice& entry = *table->lagDevice("po12");
+  copy = entry;
+  EXPECT_EQ(copy, before);
+  LagDevice& sameEntry = copy;
+  copy = sameEntry;
+  EXPECT_EQ(copy, before);
+}
+
+TEST(LagDevice, AssignmentFromARecordThatSharesTheName) {
+  // The target holds the last reference but one to the source's text.
+  LagDevice target = sample();
+  {
+    LagDevice source = target;
+    source.lagModeIs(4);
+    target = source;
+  }
+  EXPECT_EQ(target.name(), "po12");
+  EXPECT_EQ(target.lagMode(), 4);
+}
+
+TEST(VornDmaLags, LagDeviceIsReplacesWholeAndIteratesByName) {
+  VornDmaLags::Ptr table = vornDmaLagsFactory("vornDmaLags");
+  EXPECT_EQ(table->name(), "vornDmaLags");
+  table->lagDeviceIs(lagDevice("po3", LagId(1), {{"et1", 0}}, {"Ethernet1"}));
+  table->lagDeviceIs(lagDevice("po10", LagId(2)));
+  table->lagDeviceIs(lagDevice("po3", LagId(4), {{"et2", 1}}));
+  ASSERT_EQ(table->lagDeviceSize(), 2u);
+  EXPECT_EQ(*table->lagDevice("po3"), lagDevice("po3", LagId(4), {{"et2", 1}}));
+  EXPECT_EQ(table->lagDevice("po4"), nullptr);
+  std::vector<std::string> names;
+  for (const auto& [name, lag] : table->lagDevices()) names.push_back(name.stdString());
+  EXPECT_THAT(names, testing::ElementsAre("po10", "po3"));
+  // A config member added in place is the same as copy, add, store back.
+  EXPECT_TRUE(table->lagDeviceMemberConfigIs("po10", "Ethernet5", true));
+  LagDevice copy = lagDevice("po10", LagId(2));
+  copy.lagMemberConfigIs("Ethernet5", true);
+  EXPECT_EQ(*table->lagDevice("po10"), copy);
+  EXPECT_FALSE(table->lagDeviceMemberConfigIs("po11", "Ethernet5", true));
+  EXPECT_EQ(table->lagDeviceSize(), 2u);
+}
+
+}  // namespace

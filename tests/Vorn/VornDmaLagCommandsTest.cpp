@@ -1,0 +1,213 @@
+// LAG commands against the emulated driver: the member add's retries, the
+// traces of refusals, the guards, and a round trip through the listing.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "Kernel/Kernel.h"
+#include "Ringlog/MemoryFile.h"
+#include "Vorn/LagTestSupport.h"
+#include "Vorn/VornDma.h"
+#include "emu/FabricDriver.h"
+#include "support/Support.h"
+
+using namespace Hardware::Vorn;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using VornTest::lagDevice;
+using VornTest::lagTable;
+using VornTest::ScopedEnv;
+using VornTest::TraceCapture;
+
+namespace {
+
+// The pauses the library asked for; nothing sleeps.
+std::vector<unsigned>& sleeps() {
+  static std::vector<unsigned> recorded;
+  return recorded;
+}
+
+Kernel::Ops recordingSleeps() {
+  Kernel::Ops ops = Kernel::linuxOps();
+  ops.usleep = [](unsigned usec) {
+    sleeps().push_back(usec);
+    return 0;
+  };
+  return ops;
+}
+
+// The ring messages that begin with `prefix` (the channel's own "fab_ioctl"
+// messages are left out that way).
+std::vector<std::string> ringMessages(const Ringlog::ScopedMemoryFile& ring, const char* prefix) {
+  std::vector<std::string> out;
+  for (const std::string& m : ring.messages())
+    if (m.rfind(prefix, 0) == 0) out.push_back(m);
+  return out;
+}
+
+class LagCommands : public testing::Test {
+ protected:
+  void SetUp() override { sleeps().clear(); }
+
+  ScopedEnv sim{"SIMULATION_VMID", std::nullopt};
+  Kernel::Ops ops = recordingSleeps();
+  Kernel::ScopedOps scoped{&ops};
+  // Installed over the recording table, to which it passes the sleeps.
+  Emu::FabricDriver driver;
+};
+
+TEST_F(LagCommands, MemberAddGivesUpAfterTenRetries) {
+  driver.lags().absentMembers["et5"] = 11;
+  Ringlog::ScopedMemoryFile ring;
+  TraceCapture trace;
+  EXPECT_EQ(vornDmaLagMemberAdd("PortChannel3", "et5", 2), ENODEV);
+  EXPECT_EQ(sleeps(), std::vector<unsigned>(10, 10000));
+  EXPECT_EQ(driver.commands(), std::vector<std::string>(11, "lagmember_add PortChannel3 et5 2"));
+  EXPECT_THAT(ringMessages(ring, "vornDmaLagMemberAdd"),
+              ElementsAre("vornDmaLagMemberAdd ifname=PortChannel3, membername=et5, memberId=2",
+                          "vornDmaLagMemberAdd ifname=PortChannel3, membername=et5returned 19 "
+                          "after 10 retries"));
+  ASSERT_EQ(trace.lines().size(), 1u);
+  EXPECT_EQ(trace.lines()[0].text,
+            "vornDmaLagMemberAdd cmd: lagmember_add PortChannel3 et5 2 error No such device");
+  EXPECT_EQ(trace.lines()[0].level, 0);
+  EXPECT_EQ(trace.lines()[0].file, "/src/Vorn/VornDma");
+}
+
+TEST_F(LagCommands, MemberAddWaitsForTheMemberNetdevice) {
+  driver.lags().absentMembers["et5"] = 3;
+  Ringlog::ScopedMemoryFile ring;
+  TraceCapture trace;
+  EXPECT_EQ(vornDmaLagMemberAdd("PortChannel3", "et5", 2), 0);
+  EXPECT_EQ(sleeps(), std::vector<unsigned>(3, 10000));
+  // The retry message is written on success too; no error trace.
+  EXPECT_THAT(ringMessages(ring, "vornDmaLagMemberAdd"),
+              ElementsAre("vornDmaLagMemberAdd ifname=PortChannel3, membername=et5, memberId=2",
+                          "vornDmaLagMemberAdd ifname=PortChannel3, membername=et5returned 0 "
+                          "after 3 retries"));
+  EXPECT_THAT(trace.lines(), IsEmpty());
+  EXPECT_EQ(driver.lags().lags.at(3).members.at(2), "et5");
+}
+
+TEST_F(LagCommands, MemberAddWithoutRetryWritesNoRetryMessage) {
+  Ringlog::ScopedMemoryFile ring;
+  TraceCapture trace;
+  EXPECT_EQ(vornDmaLagMemberAdd("PortChannel3", "et1", 0), 0);
+  // Already a member: refused at once, not retried.
+  EXPECT_EQ(vornDmaLagMemberAdd("PortChannel3", "et1", 0), EEXIST);
+  EXPECT_THAT(sleeps(), IsEmpty());
+  EXPECT_THAT(ringMessages(ring, "vornDmaLagMemberAdd"),
+              ElementsAre("vornDmaLagMemberAdd ifname=PortChannel3, membername=et1, memberId=0",
+                          "vornDmaLagMemberAdd ifname=PortChannel3, membername=et1, memberId=0"));
+  EXPECT_THAT(trace.texts(), ElementsAre("vornDmaLagMemberAdd cmd: lagmember_add PortChannel3 et1 "
+                                         "0 error File exists"));
+}
+
+TEST_F(LagCommands, RefusalsOfTheOtherCommands) {
+  ASSERT_EQ(vornDmaLagMemberConfigAdd("PortChannel3", "Ethernet7"), 0);
+  Ringlog::ScopedMemoryFile ring;
+  TraceCapture trace;
+  EXPECT_EQ(vornDmaLagMemberDel("PortChannel8", 1), ENODEV);
+  EXPECT_EQ(vornDmaLagMemberConfigAdd("PortChannel3", "Ethernet7"), EEXIST);
+  EXPECT_EQ(vornDmaLagMemberConfigDel("PortChannel3", "Ethernet9"), ENOENT);
+  EXPECT_EQ(vornDmaLagConfigMapDel("PortChannel8"), ENODEV);
+  EXPECT_EQ(vornDmaSetLagMode(4294967295u, 0, fapTypeArad), EINVAL);
+  EXPECT_THAT(
+      trace.texts(),
+      ElementsAre("vornDmaLagMemberDel cmd: lagmember_del PortChannel8 1 error No such device",
+                  "vornDmaLagMemberConfigAdd ifname=PortChannel3, membername=Ethernet7 returned 17",
+                  "vornDmaLagMemberConfigDelifname=PortChannel3 membername=Ethernet9 returned 2",
+                  "vornDmaLagConfigMapDel lagname=PortChannel8 returned 19",
+                  "vornDmaSetLagMode cmd: drvparams -1 0 2 error Invalid argument"));
+  std::vector<std::string> messages = ring.messages();
+  std::erase_if(messages, [](const std::string& m) { return m.rfind("fab_ioctl", 0) == 0; });
+  EXPECT_THAT(
+      messages,
+      ElementsAre("vornDmaLagMemberDel ifname=PortChannel8, memberId=1",
+                  "vornDmaLagMemberConfigAdd ifname=PortChannel3, membername=Ethernet7",
+                  "vornDmaLagMemberConfigAdd ifname=PortChannel3, membername=Ethernet7returned 17",
+                  "vornDmaLagMemberConfigDel ifname=PortChannel3, membername=Ethernet9",
+                  "vornDmaLagMemberConfigDel ifname=PortChannel3, membername=Ethernet9returned 2",
+                  "vornDmaLagConfigDel lagname=PortChannel8",
+                  "vornDmaLagConfigMapDel lagname=PortChannel8 returned 19"));
+  // One send each: only the member add retries.
+  EXPECT_EQ(driver.commands().size(), 6u);
+}
+
+TEST_F(LagCommands, LagModeIsPassedThroughAsSignedDecimal) {
+  EXPECT_EQ(vornDmaSetLagMode(5, 4000000000u, fapTypeJericho), 0);
+  EXPECT_EQ(driver.commands().back(), "drvparams 5 -294967296 3");
+  EXPECT_EQ(driver.lags().lagMode, 5);
+  EXPECT_EQ(driver.lags().fapType, 3);
+}
+
+TEST_F(LagCommands, SimulationSendsNothing) {
+  ScopedEnv simulation("SIMULATION_VMID", "");
+  driver.lags().absentMembers["et1"] = 11;
+  Ringlog::ScopedMemoryFile ring;
+  EXPECT_EQ(vornDmaSetLagMode(1, 0, fapTypeArad), 0);
+  EXPECT_EQ(vornDmaLagMemberAdd("PortChannel3", "et1", 0), 0);
+  EXPECT_EQ(vornDmaLagMemberDel("PortChannel3", 0), 0);
+  EXPECT_EQ(vornDmaLagMemberConfigAdd("PortChannel3", "Ethernet1"), 0);
+  EXPECT_EQ(vornDmaLagMemberConfigDel("PortChannel3", "Ethernet1"), 0);
+  EXPECT_EQ(vornDmaLagConfigMapDel("PortChannel3"), 0);
+  EXPECT_THAT(vornDmaListLags()->lagDevices(), IsEmpty());
+  EXPECT_THAT(driver.commands(), IsEmpty());
+  EXPECT_THAT(sleeps(), IsEmpty());
+  // The entry message comes before the guard.
+  EXPECT_THAT(ringMessages(ring, "vornDmaLagMemberAdd"),
+              ElementsAre("vornDmaLagMemberAdd ifname=PortChannel3, membername=et1, memberId=0"));
+}
+
+// saimode() is fixed at its first call, so each case runs in a fresh child.
+TEST_F(LagCommands, SaiModeSkipsTheMemberCommandsButNotTheLagMode) {
+  EXPECT_EXIT(
+      {
+        ::setenv("KRIX_MODE", "sai", 1);
+        driver.lags().absentMembers["et1"] = 11;
+        bool ok = vornDmaLagMemberAdd("PortChannel3", "et1", 0) == 0 &&
+                  vornDmaLagMemberDel("PortChannel3", 0) == 0 &&
+                  vornDmaLagMemberConfigAdd("PortChannel3", "Ethernet1") == 0 &&
+                  vornDmaLagMemberConfigDel("PortChannel3", "Ethernet1") == 0 &&
+                  vornDmaLagConfigMapDel("PortChannel3") == 0;
+        ok = ok && driver.commands().empty() && sleeps().empty();
+        ok = ok && vornDmaSetLagMode(1, 0, fapTypeArad) == 0 &&
+             driver.commands() == std::vector<std::string>{"drvparams 1 0 2"};
+        std::_Exit(ok ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+TEST_F(LagCommands, RoundTripThroughTheDriversListing) {
+  ASSERT_EQ(vornDmaSetLagMode(0, 0, fapTypeArad), 0);
+  // LAG ids are handed out smallest free first, with a LAG's first member.
+  ASSERT_EQ(vornDmaLagMemberAdd("PortChannel3", "et1_1", 0), 0);  // id 0
+  ASSERT_EQ(vornDmaLagMemberAdd("PortChannel3", "et2_1", 1), 0);
+  ASSERT_EQ(vornDmaLagMemberAdd("PortChannel7", "et3_1", 0), 0);  // id 1
+  ASSERT_EQ(vornDmaLagMemberAdd("PortChannel20", "et4_1", 3), 0);  // id 2
+  ASSERT_EQ(vornDmaLagMemberDel("PortChannel7", 0), 0);  // po7 goes, id 1 is free
+  ASSERT_EQ(vornDmaLagMemberAdd("po30", "et5_1", 2), 0);  // id 1
+  ASSERT_EQ(vornDmaLagMemberConfigAdd("PortChannel3", "Ethernet1/1"), 0);
+  ASSERT_EQ(vornDmaLagMemberConfigAdd("PortChannel3", "Ethernet2/1"), 0);
+  ASSERT_EQ(vornDmaLagMemberConfigAdd("PortChannel3", "Ethernet9/1"), 0);
+  ASSERT_EQ(vornDmaLagMemberConfigDel("PortChannel3", "Ethernet9/1"), 0);
+  ASSERT_EQ(vornDmaLagMemberConfigAdd("PortChannel12", "Ethernet5/1"), 0);  // no members: no id
+  ASSERT_EQ(vornDmaLagMemberConfigAdd("PortChannel20", "Ethernet4/1"), 0);
+  ASSERT_EQ(vornDmaLagConfigMapDel("PortChannel20"), 0);
+  driver.lags().sysPorts["Ethernet1/1"] = 40;
+
+  VornDmaLags::Ptr lags = vornDmaListLags();
+  EXPECT_EQ(lags->lagDevices(),
+            lagTable({lagDevice("po3", LagId(0), {{"et1_1", 0}, {"et2_1", 1}},
+                                {"Ethernet1/1", "Ethernet2/1"}),
+                      lagDevice("po12", LagId(), {}, {"Ethernet5/1"}),
+                      lagDevice("po20", LagId(2), {{"et4_1", 3}}),
+                      lagDevice("po30", LagId(1), {{"et5_1", 2}})}))
+      << driver.procListing();
+}
+
+}  // namespace

@@ -1,0 +1,109 @@
+// vornDmaListLags: reading "/proc/vorn-dma" and the failure policy of the
+// listing (a range exception, or the end of the process).
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Mox/RangeException.h"
+#include "Vorn/LagTestSupport.h"
+#include "Vorn/VornDma.h"
+#include "support/ProcListing.h"
+#include "support/Support.h"
+
+using namespace Hardware::Vorn;
+using testing::IsEmpty;
+using VornTest::lagDevice;
+using VornTest::lagTable;
+using VornTest::ProcListing;
+using VornTest::ScopedEnv;
+
+namespace {
+
+constexpr const char kExample[] =
+    "lags:\npo3 5 et1 0 et2 1\n\nlagconfigmap:\net7 sys_port 40: po3\n";
+
+// The C library's assert line of the reader's assertions.
+std::string assertionLine(const char* condition) {
+  return std::string(
+             "Vorn/VornDmaLags\\.cpp:[0-9]+: Hardware::Vorn::VornDmaLags::Ptr "
+             "Hardware::Vorn::vornDmaListLags\\(\\): Assertion `") +
+         condition + "' failed\\.";
+}
+
+class ListLags : public testing::Test {
+ protected:
+  ScopedEnv sim{"SIMULATION_VMID", std::nullopt};
+};
+
+TEST_F(ListLags, ReadsTheFileWhateverSizeItsReadsHave) {
+  const auto expected = lagTable({lagDevice("po3", LagId(5), {{"et1", 0}, {"et2", 1}}, {"et7"})});
+  for (std::size_t perRead : {1u, 2u, 7u, 1u << 20}) {
+    ProcListing file(kExample, perRead);
+    VornDmaLags::Ptr lags = vornDmaListLags();
+    ASSERT_TRUE(lags);
+    EXPECT_EQ(lags->name(), "vornDmaLags");
+    EXPECT_EQ(lags->lagDevices(), expected) << perRead;
+    EXPECT_EQ(file.opens, 1);
+    EXPECT_EQ(file.closes, 1);
+  }
+}
+
+TEST_F(ListLags, UnopenableFileGivesAnEmptyTable) {
+  Kernel::Ops ops = Kernel::linuxOps();
+  ops.open = [](const char*, int) {
+    errno = ENOENT;
+    return -1;
+  };
+  Kernel::ScopedOps scoped(&ops);
+  VornDmaLags::Ptr lags = vornDmaListLags();
+  ASSERT_TRUE(lags);
+  EXPECT_THAT(lags->lagDevices(), IsEmpty());
+}
+
+TEST_F(ListLags, SimulationReadsNothing) {
+  ProcListing file(kExample);
+  ScopedEnv simulation("SIMULATION_VMID", "");
+  VornDmaLags::Ptr lags = vornDmaListLags();
+  ASSERT_TRUE(lags);
+  EXPECT_THAT(lags->lagDevices(), IsEmpty());
+  EXPECT_EQ(file.opens, 0);
+}
+
+TEST_F(ListLags, IdsOutOfRangeThrowAndCloseTheFile) {
+  struct Case {
+    const char* text;
+    const char* what;
+  } cases[] = {
+      {"lags:\npo1 2\npo7 1025\n", "LagId::value < LagId::min or > LagId::null not allowed"},
+      {"lags:\npo7 3 et1 257\n",
+       "LagMemberId::value < LagMemberId::min or > LagMemberId::null not allowed"},
+  };
+  for (const Case& c : cases) {
+    ProcListing file(c.text, 3);
+    try {
+      vornDmaListLags();
+      ADD_FAILURE() << "no exception for " << c.text;
+    } catch (const Mox::RangeException& e) {
+      EXPECT_STREQ(e.what(), c.what);
+    }
+    EXPECT_EQ(file.closes, file.opens);
+  }
+}
+
+TEST_F(ListLags, MalformedLineEndsTheProcess) {
+  ProcListing file("lags:\npo3 5\nlags: \n");
+  EXPECT_DEATH(vornDmaListLags(), assertionLine("matches == 3"));
+}
+
+TEST_F(ListLags, ConfigLineBeforeItsLagEndsTheProcess) {
+  ProcListing file("lagconfigmap:\net7 sys_port 40: po3\n\nlags:\npo3 5\n");
+  EXPECT_DEATH(vornDmaListLags(), assertionLine("!!lagDevice"));
+}
+
+TEST_F(ListLags, ALastLineWithoutNewlineIsRead) {
+  ProcListing file("lags:\npo3 5\npo4", 4);
+  EXPECT_EQ(vornDmaListLags()->lagDevices(),
+            lagTable({lagDevice("po3", LagId(5)), lagDevice("po4", LagId())}));
+}
+
+}  // namespace
