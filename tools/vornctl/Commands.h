@@ -14,5 +14,7 @@ using Action = std::function<int(Context&)>;
 void addBringup(CLI::App& app, Action& action);
 void addDevices(CLI::App& app, Action& action);
 void addTrace(CLI::App& app, Action& action);
+void addCopp(CLI::App& app, Action& action);
+void addId(CLI::App& app, Action& action);
 
 }  // namespace vornctl

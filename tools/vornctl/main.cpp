@@ -21,6 +21,8 @@ int main(int argc, char** argv) {
   vornctl::addBringup(app, action);
   vornctl::addDevices(app, action);
   vornctl::addTrace(app, action);
+  vornctl::addCopp(app, action);
+  vornctl::addId(app, action);
 
   try {
     app.parse(argc, argv);
