@@ -7,20 +7,11 @@
 
 using namespace Hardware::Vorn;
 using VornTest::assertionPattern;
+using VornTest::expectRangeText;
 
 namespace {
 
 constexpr FapType kFamilies[] = {fapTypePetra, fapTypeArad, fapTypeJericho};
-
-template <typename F>
-void expectRangeText(F&& f, const char* text) {
-  try {
-    f();
-    ADD_FAILURE() << "no range exception, expected " << text;
-  } catch (const Mox::RangeException& e) {
-    EXPECT_STREQ(e.what(), text);
-  }
-}
 
 TEST(LagEncodings, SystemAggregatePortIds) {
   for (FapType type : kFamilies) {

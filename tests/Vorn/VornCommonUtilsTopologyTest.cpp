@@ -13,19 +13,10 @@
 using namespace Hardware::Vorn;
 using testing::ElementsAre;
 using VornTest::assertionPattern;
+using VornTest::expectRangeText;
 using VornTest::failedThenAssertion;
 
 namespace {
-
-template <typename F>
-void expectRangeText(F&& f, const char* text) {
-  try {
-    f();
-    ADD_FAILURE() << "no range exception, expected " << text;
-  } catch (const Mox::RangeException& e) {
-    EXPECT_STREQ(e.what(), text);
-  }
-}
 
 constexpr const char kSystemCoreRange[] =
     "SystemCoreId::value < SystemCoreId::min or > SystemCoreId::null not allowed";
