@@ -213,6 +213,9 @@ VORN_EXPORT bool isLagSubIntf(Wirl::IntfId subIntfId);
 // or the empty id. With `useConfig` the LAG comes from the LAG configuration
 // and, with `mustExist`, the LAG sub-interface must be in `subIntfStatus`;
 // without it the port status tells which LAG sub-interface the port carries.
+// `memberSubIntfId` must be a sub-interface: with `useConfig`, a plain port
+// would make "Port-Channel5.0", which is no interface name, and
+// Wirl::InvalidIntfName is thrown.
 VORN_EXPORT Wirl::IntfId obtainLagSubIntfIdFromMemberSubIntfId(
     Lag::Input::Config::PtrConst lagConfig, Interface::SubIntfStatusDir::PtrConst subIntfStatus,
     SubIntfPortStatusDir::PtrConst portStatus, Wirl::IntfId memberSubIntfId, bool mustExist,
@@ -221,7 +224,8 @@ VORN_EXPORT Wirl::IntfId obtainLagSubIntfIdFromMemberSubIntfId(
 // A member port's sub-interface of a port-channel sub-interface, or the empty
 // id: with `useConfig` of the first member of the LAG in the configuration's
 // order, else of the port that the port status names. A non-port-channel id
-// fails an assertion.
+// fails an assertion; a port-channel without a sub-interface number throws
+// Wirl::InvalidIntfName when a member is found, as above.
 VORN_EXPORT const Wirl::IntfId obtainMemberSubIntfIdFromLagSubIntfId(
     Lag::Input::Config::PtrConst lagConfig, SubIntfPortStatusDir::PtrConst portStatus,
     Wirl::IntfId lagSubIntfId, bool useConfig);

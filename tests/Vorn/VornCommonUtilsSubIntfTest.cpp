@@ -82,6 +82,7 @@ class LagSubIntfs : public testing::Test {
 };
 
 TEST_F(LagSubIntfs, LagSideFromThePortStatus) {
+  VornTest::TraceCapture trace({"VornCommonUtils"});
   EXPECT_EQ(lagOf("Ethernet4.100", false, false), IntfId("Port-Channel5.100"));
   EXPECT_EQ(lagOf("Ethernet4.101", false, false), IntfId());  // other number
   EXPECT_EQ(lagOf("Ethernet3.100", false, false), IntfId());  // carries nothing
@@ -89,6 +90,9 @@ TEST_F(LagSubIntfs, LagSideFromThePortStatus) {
   EXPECT_EQ(obtainLagSubIntfIdFromMemberSubIntfId(config, subIntfs, nullptr,
                                                   IntfId("Ethernet4.100"), false, false),
             IntfId());
+  EXPECT_EQ(trace.texts().front(),
+            "obtainLagSubIntfIdFromMemberSubIntfId memberSubIntfId:Ethernet4.100 mustExist:0 "
+            "useConfig:0");
 }
 
 TEST_F(LagSubIntfs, LagSideFromTheConfiguration) {
@@ -114,6 +118,9 @@ TEST_F(LagSubIntfs, MemberSideFromTheConfiguration) {
   EXPECT_EQ(memberOf("Port-Channel5.100", true), IntfId("Ethernet4.100"));
   EXPECT_EQ(obtainMemberSubIntfIdFromLagSubIntfId(nullptr, ports, IntfId("Port-Channel5.1"), true),
             IntfId());
+  // A plain port-channel has no sub-interface number to carry over.
+  EXPECT_THROW(memberOf("Port-Channel5", true), Wirl::InvalidIntfName);
+  EXPECT_EQ(memberOf("Port-Channel8", true), IntfId());
 }
 
 TEST_F(LagSubIntfs, MemberSideFromThePortStatus) {
