@@ -23,8 +23,7 @@ constexpr U32 kCpuTmExtendedOffset = 130;
 constexpr const char kTcamBound[] = "tcamId.value() < vornStatus->maxTcamsInSystem()";
 
 // Ends the process unless `tcamId` is below maxTcamsInSystem.
-void checkTcamBound(const Status::PtrConst& vornStatus, SystemTcamId tcamId,
-                    const char* function) {
+void checkTcamBound(const Status::PtrConst& vornStatus, SystemTcamId tcamId, const char* function) {
   if (tcamId.value() < vornStatus->maxTcamsInSystem()) return;
   Mox::failedLine(kTcamBound, "Invalid value ", tcamId);
   MOX_ASSERT_TEXT(false, "\"tcamId.value() < vornStatus->maxTcamsInSystem()\" == nullptr",
@@ -138,8 +137,9 @@ int zeroBasedSlotId(const Status::PtrConst& vornStatus, Fru::SlotId slotId) {
     const U16 numSlots = static_cast<U16>(maxSlot + 1 - minSlot);
     MOX_ASSERT_TEXT(zeroBasedSlot < numSlots, "zeroBasedSlot < numSlots", kFunction);
   }
-  VORN_COMMON_TRACE(8, "zeroBasedSlotId", " minLinecardSlot:", minSlot, " maxLinecardSlot:",
-                    maxSlot, " slotId:", slotId.value(), " zeroBasedSlot:", zeroBasedSlot);
+  VORN_COMMON_TRACE(8, "zeroBasedSlotId", " minLinecardSlot:", minSlot,
+                    " maxLinecardSlot:", maxSlot, " slotId:", slotId.value(),
+                    " zeroBasedSlot:", zeroBasedSlot);
   return zeroBasedSlot;
 }
 

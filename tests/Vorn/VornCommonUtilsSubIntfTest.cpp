@@ -70,8 +70,8 @@ class LagSubIntfs : public testing::Test {
     subIntfs->intfStatusIs(IntfId("Port-Channel5.100"));
   }
   IntfId lagOf(const char* member, bool mustExist, bool useConfig) {
-    return obtainLagSubIntfIdFromMemberSubIntfId(config, subIntfs, ports, IntfId(member),
-                                                 mustExist, useConfig);
+    return obtainLagSubIntfIdFromMemberSubIntfId(config, subIntfs, ports, IntfId(member), mustExist,
+                                                 useConfig);
   }
   IntfId memberOf(const char* lagSub, bool useConfig) {
     return obtainMemberSubIntfIdFromLagSubIntfId(config, ports, IntfId(lagSub), useConfig);
@@ -84,8 +84,8 @@ class LagSubIntfs : public testing::Test {
 TEST_F(LagSubIntfs, LagSideFromThePortStatus) {
   VornTest::TraceCapture trace({"VornCommonUtils"});
   EXPECT_EQ(lagOf("Ethernet4.100", false, false), IntfId("Port-Channel5.100"));
-  EXPECT_EQ(lagOf("Ethernet4.101", false, false), IntfId());  // other number
-  EXPECT_EQ(lagOf("Ethernet3.100", false, false), IntfId());  // carries nothing
+  EXPECT_EQ(lagOf("Ethernet4.101", false, false), IntfId());                    // other number
+  EXPECT_EQ(lagOf("Ethernet3.100", false, false), IntfId());                    // carries nothing
   EXPECT_EQ(lagOf("Ethernet7.200", true, false), IntfId("Port-Channel6.200"));  // no check
   EXPECT_EQ(obtainLagSubIntfIdFromMemberSubIntfId(config, subIntfs, nullptr,
                                                   IntfId("Ethernet4.100"), false, false),
@@ -104,8 +104,8 @@ TEST_F(LagSubIntfs, LagSideFromTheConfiguration) {
   EXPECT_EQ(lagOf("Ethernet7.200", true, true), IntfId());
   // A port of no LAG.
   EXPECT_EQ(lagOf("Ethernet9.100", false, true), IntfId());
-  EXPECT_EQ(obtainLagSubIntfIdFromMemberSubIntfId(nullptr, subIntfs, ports,
-                                                  IntfId("Ethernet3.100"), false, true),
+  EXPECT_EQ(obtainLagSubIntfIdFromMemberSubIntfId(nullptr, subIntfs, ports, IntfId("Ethernet3.100"),
+                                                  false, true),
             IntfId());
 }
 
