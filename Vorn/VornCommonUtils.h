@@ -177,13 +177,11 @@ VORN_EXPORT U32 fapRevMajorLoopMinPerEgrThreshProf(EgressBufThresholdsProfile pr
 
 // The loops above over supportedFapRevMajors(vornStatus, fapType). The
 // supported revisions must not be empty (assertion).
-VORN_EXPORT U32 maxForFapRevMajors(Status::PtrConst vornStatus, FapType fapType,
-                                   FapRevMajorFn fn);
-VORN_EXPORT U32 minForFapRevMajors(Status::PtrConst vornStatus, FapType fapType,
-                                   FapRevMajorFn fn);
+VORN_EXPORT U32 maxForFapRevMajors(Status::PtrConst vornStatus, FapType fapType, FapRevMajorFn fn);
+VORN_EXPORT U32 minForFapRevMajors(Status::PtrConst vornStatus, FapType fapType, FapRevMajorFn fn);
 VORN_EXPORT U32 minForFapRevMajorsPerEgrThreshProf(EgressBufThresholdsProfile profile,
-                                                   Status::PtrConst vornStatus,
-                                                   FapType fapType, FapRevMajorFn fn);
+                                                   Status::PtrConst vornStatus, FapType fapType,
+                                                   FapRevMajorFn fn);
 
 // FAP port ids and network-interface ports of a revision. Revision 0 (and
 // anything above 9) ends the process after a "Failed(" line.
@@ -213,6 +211,9 @@ VORN_EXPORT bool isLagSubIntf(Wirl::IntfId subIntfId);
 // or the empty id. With `useConfig` the LAG comes from the LAG configuration
 // and, with `mustExist`, the LAG sub-interface must be in `subIntfStatus`;
 // without it the port status tells which LAG sub-interface the port carries.
+// `memberSubIntfId` must be a sub-interface: with `useConfig`, a plain port
+// would make "Port-Channel5.0", which is no interface name, and
+// Wirl::InvalidIntfName is thrown.
 VORN_EXPORT Wirl::IntfId obtainLagSubIntfIdFromMemberSubIntfId(
     Lag::Input::Config::PtrConst lagConfig, Interface::SubIntfStatusDir::PtrConst subIntfStatus,
     SubIntfPortStatusDir::PtrConst portStatus, Wirl::IntfId memberSubIntfId, bool mustExist,
@@ -221,7 +222,8 @@ VORN_EXPORT Wirl::IntfId obtainLagSubIntfIdFromMemberSubIntfId(
 // A member port's sub-interface of a port-channel sub-interface, or the empty
 // id: with `useConfig` of the first member of the LAG in the configuration's
 // order, else of the port that the port status names. A non-port-channel id
-// fails an assertion.
+// fails an assertion; a port-channel without a sub-interface number throws
+// Wirl::InvalidIntfName when a member is found, as above.
 VORN_EXPORT const Wirl::IntfId obtainMemberSubIntfIdFromLagSubIntfId(
     Lag::Input::Config::PtrConst lagConfig, SubIntfPortStatusDir::PtrConst portStatus,
     Wirl::IntfId lagSubIntfId, bool useConfig);
@@ -240,8 +242,7 @@ VORN_EXPORT bool isLagMemberPresent(Lag::Input::Config::PtrConst lagConfig,
 
 // The FAP's base system core plus `core`; an unknown FAP counts from 2048.
 // Throws the SystemCoreId range exception above 2048.
-VORN_EXPORT SystemCoreId systemCoreId(Status::PtrConst vornStatus, FapId fapId,
-                                      LocalCoreId core);
+VORN_EXPORT SystemCoreId systemCoreId(Status::PtrConst vornStatus, FapId fapId, LocalCoreId core);
 
 // The FAP's TCAM that serves `core`: the core on revisions 6 and 8, else 0.
 // A revision above 9 ends the process after a "Failed(" line.
@@ -274,8 +275,7 @@ VORN_EXPORT int zeroBasedSlotId(const Status::PtrConst& vornStatus, Fru::SlotId 
 // The first FAP and first system core of a linecard slot; null outside the
 // linecard slots. FAPs (cores) per slot must be positive (assertion).
 VORN_EXPORT FapId firstFapId(const Status::PtrConst& vornStatus, Fru::SlotId slotId);
-VORN_EXPORT SystemCoreId firstSystemCoreId(const Status::PtrConst& vornStatus,
-                                           Fru::SlotId slotId);
+VORN_EXPORT SystemCoreId firstSystemCoreId(const Status::PtrConst& vornStatus, Fru::SlotId slotId);
 
 // The slice ("Linecard3", "FixedSystem") of a FAP, from its name. A FAP
 // without a name ends the process as fapNameToLinecardName does.

@@ -46,14 +46,16 @@ bool isForwardingPlaneInterface(Wirl::IntfId intfId) {
 Mox::String intfNameToDeviceName(Wirl::IntfId intfId) {
   if (Wirl::EthIntfId::isEthIntfId(intfId) || Wirl::PortChannelIntfId::isPortChannelIntfId(intfId))
     return intfDeviceName(intfId);
-  std::cerr << "intfNameToDeviceName" << " intfName=" << intfId << " is unknown" << std::endl;
+  std::cerr << "intfNameToDeviceName"
+            << " intfName=" << intfId << " is unknown" << std::endl;
   MOX_ASSERT_TEXT(false, "false && \"intfNameToDeviceName: invalid intfName\"",
                   "Mox::String intfNameToDeviceName(Wirl::IntfId)");
   return Mox::String();
 }
 
 Mox::String intfShortName(Wirl::IntfId intfId) {
-  if (Wirl::EthIntfId::isEthIntfId(intfId) || Wirl::PortChannelIntfId::isPortChannelIntfId(intfId) ||
+  if (Wirl::EthIntfId::isEthIntfId(intfId) ||
+      Wirl::PortChannelIntfId::isPortChannelIntfId(intfId) ||
       Wirl::VxlanTunnelIntfId::isVxlanTunnelIntfId(intfId))
     return intfId.shortName();
   return intfId.stringValue();
@@ -64,9 +66,13 @@ bool isPortChannel(Mox::String name) {
          beginsWith(name, kL3SecondHopLag);
 }
 
-bool isRoutedPort(Mox::String name) { return isPortChannel(name) || beginsWith(name, kEthernet); }
+bool isRoutedPort(Mox::String name) {
+  return isPortChannel(name) || beginsWith(name, kEthernet);
+}
 
-bool l3SecondHopPortChannel(Mox::String name) { return beginsWith(name, kL3SecondHopLag); }
+bool l3SecondHopPortChannel(Mox::String name) {
+  return beginsWith(name, kL3SecondHopLag);
+}
 
 int portChannelId(Mox::String name) {
   std::size_t numberAt;

@@ -16,8 +16,9 @@ inline Mox::TraceHandle& trace() {
 
 }  // namespace Hardware::Vorn::common
 
-#define VORN_COMMON_TRACE(level, ...) \
-  MOX_TRACE_AT(::Hardware::Vorn::common::trace(), level, ::Hardware::Vorn::common::kTraceFile, __VA_ARGS__)
+#define VORN_COMMON_TRACE(level, ...)                                                          \
+  MOX_TRACE_AT(::Hardware::Vorn::common::trace(), level, ::Hardware::Vorn::common::kTraceFile, \
+               __VA_ARGS__)
 
 #include "HardwareVorn/Enums.h"
 #include "Mox/Assert.h"
@@ -28,8 +29,10 @@ namespace Hardware::Vorn {
 // The aggregate marker of a system port id: bit 15 on every supported chip
 // family. Any other family fails the assertion "false".
 inline U32 sysAggrPortMask(FapType fapType) {
-  const bool supported = fapType == fapTypePetra || fapType == fapTypeArad || fapType == fapTypeJericho;
-  MOX_ASSERT_TEXT(supported, "false", "U32 Hardware::Vorn::sysAggrPortMask(Hardware::Vorn::FapType)");
+  const bool supported =
+      fapType == fapTypePetra || fapType == fapTypeArad || fapType == fapTypeJericho;
+  MOX_ASSERT_TEXT(supported, "false",
+                  "U32 Hardware::Vorn::sysAggrPortMask(Hardware::Vorn::FapType)");
   return 0x8000;
 }
 

@@ -22,7 +22,7 @@ struct PortMaxima {
   U32 nifPorts;
 };
 constexpr PortMaxima kPortMaxima[] = {
-    {0, 0},  {64, 32}, {64, 32}, {64, 36}, {64, 36},
+    {0, 0},   {64, 32}, {64, 32},   {64, 36},   {64, 36},
     {64, 54}, {64, 48}, {128, 128}, {128, 128}, {128, 128},
 };
 
@@ -55,8 +55,12 @@ U32 fold(const FapRevMajorList::PtrConst& list, U32 start, const FapRevMajorFn& 
   return result;
 }
 
-U32 pickMax(U32 a, U32 b) { return std::max(a, b); }
-U32 pickMin(U32 a, U32 b) { return std::min(a, b); }
+U32 pickMax(U32 a, U32 b) {
+  return std::max(a, b);
+}
+U32 pickMin(U32 a, U32 b) {
+  return std::min(a, b);
+}
 
 void assertRevisionsPresent(const Status::PtrConst& vornStatus, const char* function) {
   MOX_ASSERT_TEXT(!vornStatus->supportedFapRevMajors().empty(), kRevisionsPresent, function);
@@ -74,9 +78,10 @@ FapRevMajorList::Ptr supportedFapRevMajors(Status::PtrConst vornStatus, FapType 
 }
 
 FapRevMajor maybeGetFapRevMajorFromFapType(Status::PtrConst vornStatus, FapType fapType) {
-  assertRevisionsPresent(vornStatus,
-                         "Hardware::Vorn::FapRevMajor Hardware::Vorn::maybeGetFapRevMajorFromFapType("
-                         "Hardware::Vorn::Status::PtrConst, Hardware::Vorn::FapType)");
+  assertRevisionsPresent(
+      vornStatus,
+      "Hardware::Vorn::FapRevMajor Hardware::Vorn::maybeGetFapRevMajorFromFapType("
+      "Hardware::Vorn::Status::PtrConst, Hardware::Vorn::FapType)");
   FapRevMajor found = fapRevMajorUnknown_;
   unsigned matches = 0;
   for (const auto& [rev, type] : vornStatus->supportedFapRevMajors()) {

@@ -21,15 +21,15 @@ bool isSubIntf(const Status::PtrConst& vornStatus, SystemPhyPortId sppid) {
                   "bool Hardware::Vorn::isSubIntf(const Hardware::Vorn::Status::PtrConst&, "
                   "Hardware::Vorn::SystemPhyPortId)");
   const U32 maxSppid = minSppid + vornStatus->numSubIntfSysPorts() - 1;
-  VORN_COMMON_TRACE(9, "isSubIntf", " subIntfSysPortMin:", minSppid, " subIntfSysPortMax:",
-                    maxSppid, " sppid:", sppid);
+  VORN_COMMON_TRACE(9, "isSubIntf", " subIntfSysPortMin:", minSppid,
+                    " subIntfSysPortMax:", maxSppid, " sppid:", sppid);
   return sppid.value() >= minSppid && sppid.value() <= maxSppid;
 }
 
 bool isEthSubIntf(Wirl::IntfId intfId) {
-  const bool eth = Wirl::SubIntfId::isSubIntfId(intfId) &&
-                   !Wirl::PortChannelIntfId::isPortChannelIntfId(
-                       Wirl::SubIntfId::parentIntfId(intfId));
+  const bool eth =
+      Wirl::SubIntfId::isSubIntfId(intfId) &&
+      !Wirl::PortChannelIntfId::isPortChannelIntfId(Wirl::SubIntfId::parentIntfId(intfId));
   VORN_COMMON_TRACE(8, "isEthSubIntf", " intfId:", intfId, " isEthSubIntf:", eth);
   return eth;
 }
@@ -45,8 +45,9 @@ Wirl::IntfId obtainLagSubIntfIdFromMemberSubIntfId(
     Lag::Input::Config::PtrConst lagConfig, Interface::SubIntfStatusDir::PtrConst subIntfStatus,
     SubIntfPortStatusDir::PtrConst portStatus, Wirl::IntfId memberSubIntfId, bool mustExist,
     bool useConfig) {
-  VORN_COMMON_TRACE(8, "obtainLagSubIntfIdFromMemberSubIntfId", " memberSubIntfId:",
-                    memberSubIntfId, " mustExist:", mustExist, " useConfig:", useConfig);
+  VORN_COMMON_TRACE(8, "obtainLagSubIntfIdFromMemberSubIntfId",
+                    " memberSubIntfId:", memberSubIntfId, " mustExist:", mustExist,
+                    " useConfig:", useConfig);
   const U16 n = Wirl::EthIntfId::subIntf(memberSubIntfId);
   const Wirl::IntfId parent = Wirl::SubIntfId::parentIntfId(memberSubIntfId);
   Wirl::IntfId result;

@@ -23,8 +23,7 @@ constexpr U32 kCpuTmExtendedOffset = 130;
 constexpr const char kTcamBound[] = "tcamId.value() < vornStatus->maxTcamsInSystem()";
 
 // Ends the process unless `tcamId` is below maxTcamsInSystem.
-void checkTcamBound(const Status::PtrConst& vornStatus, SystemTcamId tcamId,
-                    const char* function) {
+void checkTcamBound(const Status::PtrConst& vornStatus, SystemTcamId tcamId, const char* function) {
   if (tcamId.value() < vornStatus->maxTcamsInSystem()) return;
   Mox::failedLine(kTcamBound, "Invalid value ", tcamId);
   MOX_ASSERT_TEXT(false, "\"tcamId.value() < vornStatus->maxTcamsInSystem()\" == nullptr",
@@ -38,14 +37,27 @@ U32 fapsInSystem(const Status::PtrConst& vornStatus, const char* function) {
   return faps;
 }
 
-// The first id of a linecard slot's block of `perSlot` ids (in 16 bits), or
-// -1 outside the linecard slots; `zeroBasedSlot` receives the slot's index.
-int firstOfSlot(const Status::PtrConst& vornStatus, Fru::SlotId slotId, U32 perSlot,
-                const char* perSlotText, const char* function, int& zeroBasedSlot) {
-  zeroBasedSlot = zeroBasedSlotId(vornStatus, slotId);
-  if (zeroBasedSlot < 0) return -1;
-  MOX_ASSERT_TEXT(perSlot > 0, perSlotText, function);
-  return static_cast<U16>(static_cast<U32>(zeroBasedSlot) * perSlot);
+// What tells firstFapId and firstSystemCoreId apart.
+struct SlotBlock {
+  const char* name;         // the function, as the trace names it
+  const char* perSlotText;  // the assertion on the count per slot
+  const char* function;     // the assertion's function text
+  const char* idLabel;      // the result's label in the trace
+};
+
+// The first id of a linecard slot's block of `perSlot` ids (in 16 bits,
+// range-checked as an Id), or the null Id outside the linecard slots.
+template <typename Id>
+Id firstOfSlot(const Status::PtrConst& vornStatus, Fru::SlotId slotId, U32 perSlot,
+               const SlotBlock& block) {
+  const int zeroBasedSlot = zeroBasedSlotId(vornStatus, slotId);
+  Id first;
+  if (zeroBasedSlot >= 0) {
+    MOX_ASSERT_TEXT(perSlot > 0, block.perSlotText, block.function);
+    first = Id(static_cast<U16>(static_cast<U32>(zeroBasedSlot) * perSlot));
+  }
+  VORN_COMMON_TRACE(8, block.name, " zeroBasedSlot: ", zeroBasedSlot, block.idLabel, first);
+  return first;
 }
 
 }  // namespace
@@ -125,34 +137,28 @@ int zeroBasedSlotId(const Status::PtrConst& vornStatus, Fru::SlotId slotId) {
     const U16 numSlots = static_cast<U16>(maxSlot + 1 - minSlot);
     MOX_ASSERT_TEXT(zeroBasedSlot < numSlots, "zeroBasedSlot < numSlots", kFunction);
   }
-  VORN_COMMON_TRACE(8, "zeroBasedSlotId", " minLinecardSlot:", minSlot, " maxLinecardSlot:",
-                    maxSlot, " slotId:", slotId.value(), " zeroBasedSlot:", zeroBasedSlot);
+  VORN_COMMON_TRACE(8, "zeroBasedSlotId", " minLinecardSlot:", minSlot,
+                    " maxLinecardSlot:", maxSlot, " slotId:", slotId.value(),
+                    " zeroBasedSlot:", zeroBasedSlot);
   return zeroBasedSlot;
 }
 
 FapId firstFapId(const Status::PtrConst& vornStatus, Fru::SlotId slotId) {
-  int zeroBasedSlot;
-  const int first = firstOfSlot(vornStatus, slotId, vornStatus->maxFapsPerSlot(),
-                                "maxFapsPerSlot > 0",
-                                "Hardware::Vorn::FapId Hardware::Vorn::firstFapId("
-                                "const Hardware::Vorn::Status::PtrConst&, Fru::SlotId)",
-                                zeroBasedSlot);
-  const FapId fapId = first < 0 ? FapId() : FapId(static_cast<U16>(first));
-  VORN_COMMON_TRACE(8, "firstFapId", " zeroBasedSlot: ", zeroBasedSlot, " fapId: ", fapId);
-  return fapId;
+  static constexpr SlotBlock kFaps = {
+      "firstFapId", "maxFapsPerSlot > 0",
+      "Hardware::Vorn::FapId Hardware::Vorn::firstFapId(const Hardware::Vorn::Status::PtrConst&, "
+      "Fru::SlotId)",
+      " fapId: "};
+  return firstOfSlot<FapId>(vornStatus, slotId, vornStatus->maxFapsPerSlot(), kFaps);
 }
 
 SystemCoreId firstSystemCoreId(const Status::PtrConst& vornStatus, Fru::SlotId slotId) {
-  int zeroBasedSlot;
-  const int first = firstOfSlot(vornStatus, slotId, vornStatus->maxCoresPerSlot(),
-                                "maxCoresPerSlot > 0",
-                                "Hardware::Vorn::SystemCoreId Hardware::Vorn::firstSystemCoreId("
-                                "const Hardware::Vorn::Status::PtrConst&, Fru::SlotId)",
-                                zeroBasedSlot);
-  const SystemCoreId core = first < 0 ? SystemCoreId() : SystemCoreId(static_cast<U16>(first));
-  VORN_COMMON_TRACE(8, "firstSystemCoreId", " zeroBasedSlot: ", zeroBasedSlot,
-                    " systemCoreId: ", core);
-  return core;
+  static constexpr SlotBlock kCores = {
+      "firstSystemCoreId", "maxCoresPerSlot > 0",
+      "Hardware::Vorn::SystemCoreId Hardware::Vorn::firstSystemCoreId("
+      "const Hardware::Vorn::Status::PtrConst&, Fru::SlotId)",
+      " systemCoreId: "};
+  return firstOfSlot<SystemCoreId>(vornStatus, slotId, vornStatus->maxCoresPerSlot(), kCores);
 }
 
 Mox::String fapIdToSliceName(Status::PtrConst vornStatus, FapId fapId) {

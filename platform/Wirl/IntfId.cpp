@@ -41,7 +41,8 @@ bool readNumber(std::string_view text, std::size_t& pos, unsigned& out) {
     ++pos;
   }
   const std::size_t digits = pos - start;
-  if (digits == 0 || digits > 5 || (digits > 1 && text[start] == '0') || value > 65535) return false;
+  if (digits == 0 || digits > 5 || (digits > 1 && text[start] == '0') || value > 65535)
+    return false;
   out = value;
   return true;
 }
@@ -97,7 +98,9 @@ U32 IntfId::hash() const noexcept {
   return h;
 }
 
-std::ostream& operator<<(std::ostream& os, const IntfId& id) { return os << id.stringValue(); }
+std::ostream& operator<<(std::ostream& os, const IntfId& id) {
+  return os << id.stringValue();
+}
 
 Mox::String intfDeviceName(const IntfId& id) {
   const bool eth = EthIntfId::isEthIntfId(id);

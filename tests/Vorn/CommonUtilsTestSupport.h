@@ -2,7 +2,11 @@
 // as death-test patterns.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <string>
+
+#include "Mox/RangeException.h"
 
 namespace VornTest {
 
@@ -25,6 +29,17 @@ inline std::string assertionPattern(const std::string& function, const std::stri
 inline std::string failedThenAssertion(const std::string& failedLine, const std::string& function,
                                        const std::string& cond) {
   return "^" + regexQuoted(failedLine) + "\n.*" + assertionPattern(function, cond);
+}
+
+// Runs `f` and expects the range exception with `text`.
+template <typename F>
+void expectRangeText(F&& f, const char* text) {
+  try {
+    f();
+    ADD_FAILURE() << "no range exception, expected " << text;
+  } catch (const Mox::RangeException& e) {
+    EXPECT_STREQ(e.what(), text);
+  }
 }
 
 }  // namespace VornTest

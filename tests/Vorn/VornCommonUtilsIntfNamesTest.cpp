@@ -58,9 +58,9 @@ TEST(DeviceNamesDeath, OtherKindsWriteALineThenAssert) {
       assertionPattern("Mox::String intfNameToDeviceName(Wirl::IntfId)",
                        "false && \"intfNameToDeviceName: invalid intfName\"");
   for (const char* name : {"Vlan10", "Loopback0", "Management1", "Vxlan1"}) {
-    EXPECT_DEATH(intfNameToDeviceName(IntfId(name)),
-                 std::string("^intfNameToDeviceName intfName=") + name + " is unknown\n.*" +
-                     assertion)
+    EXPECT_DEATH(
+        intfNameToDeviceName(IntfId(name)),
+        std::string("^intfNameToDeviceName intfName=") + name + " is unknown\n.*" + assertion)
         << name;
   }
 }

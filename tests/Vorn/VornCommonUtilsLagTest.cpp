@@ -7,20 +7,11 @@
 
 using namespace Hardware::Vorn;
 using VornTest::assertionPattern;
+using VornTest::expectRangeText;
 
 namespace {
 
 constexpr FapType kFamilies[] = {fapTypePetra, fapTypeArad, fapTypeJericho};
-
-template <typename F>
-void expectRangeText(F&& f, const char* text) {
-  try {
-    f();
-    ADD_FAILURE() << "no range exception, expected " << text;
-  } catch (const Mox::RangeException& e) {
-    EXPECT_STREQ(e.what(), text);
-  }
-}
 
 TEST(LagEncodings, SystemAggregatePortIds) {
   for (FapType type : kFamilies) {
@@ -47,8 +38,8 @@ TEST(LagEncodings, BitsOfEachMode) {
     U32 members;
   };
   const Row rows[] = {
-      {lagMode0, 10, 0x3FF, 4, 16},  {lagMode1, 10, 0x3FF, 4, 16}, {lagMode2, 9, 0x1FF, 5, 32},
-      {lagMode3, 8, 0xFF, 6, 64},    {lagMode4, 7, 0x7F, 7, 128},  {lagMode5, 6, 0x3F, 8, 256},
+      {lagMode0, 10, 0x3FF, 4, 16}, {lagMode1, 10, 0x3FF, 4, 16}, {lagMode2, 9, 0x1FF, 5, 32},
+      {lagMode3, 8, 0xFF, 6, 64},   {lagMode4, 7, 0x7F, 7, 128},  {lagMode5, 6, 0x3F, 8, 256},
   };
   for (FapType type : kFamilies) {
     for (const Row& row : rows) {
@@ -68,17 +59,16 @@ TEST(LagEncodingsDeath, FamiliesAndModesOutsideTheTable) {
   EXPECT_DEATH(lagIdBitsForMode(static_cast<FapType>(4), lagMode0), lagBits);
   EXPECT_DEATH(lagIdBitsForMode(fapTypeUnknown_, lagMode0), lagBits);
   EXPECT_DEATH(lagIdMaskForMode(fapTypeArad, static_cast<LagMode>(6)), lagBits);
-  EXPECT_DEATH(
-      memberIdBitsForMode(fapTypeUnknown_, lagMode0),
-      assertionPattern("U8 Hardware::Vorn::memberIdBitsForMode(Hardware::Vorn::FapType, "
-                       "Hardware::Vorn::LagMode)",
-                       "fapType != fapTypeUnknown_"));
+  EXPECT_DEATH(memberIdBitsForMode(fapTypeUnknown_, lagMode0),
+               assertionPattern("U8 Hardware::Vorn::memberIdBitsForMode(Hardware::Vorn::FapType, "
+                                "Hardware::Vorn::LagMode)",
+                                "fapType != fapTypeUnknown_"));
   EXPECT_DEATH(maxMemberIdsForMode(fapTypeJericho, static_cast<LagMode>(9)), lagBits);
 }
 
 TEST(LagEncodingsDeath, UnsupportedFamilyHasNoAggregateMask) {
-  const std::string mask = assertionPattern(
-      "U32 Hardware::Vorn::sysAggrPortMask(Hardware::Vorn::FapType)", "false");
+  const std::string mask =
+      assertionPattern("U32 Hardware::Vorn::sysAggrPortMask(Hardware::Vorn::FapType)", "false");
   EXPECT_DEATH(lagIdToSysAggrPortId(fapTypeUnknown_, LagId(1)), mask);
   EXPECT_DEATH(sysAggrPortIdToLagId(static_cast<FapType>(4), 5), mask);  // before the bit test
 }

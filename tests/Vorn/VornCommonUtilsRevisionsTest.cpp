@@ -35,7 +35,9 @@ std::vector<std::pair<FapRevMajor, FapType>> entries(const FapRevMajorList::PtrC
   return {list->begin(), list->end()};
 }
 
-U32 tenTimes(FapRevMajor rev) { return 10 * rev; }
+U32 tenTimes(FapRevMajor rev) {
+  return 10 * rev;
+}
 
 TEST(SupportedRevisions, FilteredByFamilyInAscendingOrder) {
   VornTest::TraceCapture trace({"VornCommonUtils"});
@@ -76,14 +78,13 @@ TEST(SupportedRevisionsDeath, EmptyRevisionMap) {
                                 "Hardware::Vorn::FapRevMajorFn)",
                                 cond));
   EXPECT_DEATH(minForFapRevMajors(empty, fapTypeUnknown_, tenTimes), "Assertion `vornStatus->");
-  EXPECT_DEATH(
-      minForFapRevMajorsPerEgrThreshProf(egressBufThresholdsProfile0, empty, fapTypeUnknown_,
-                                         tenTimes),
-      assertionPattern("U32 Hardware::Vorn::minForFapRevMajorsPerEgrThreshProf("
-                       "Hardware::Vorn::EgressBufThresholdsProfile, "
-                       "Hardware::Vorn::Status::PtrConst, Hardware::Vorn::FapType, "
-                       "Hardware::Vorn::FapRevMajorFn)",
-                       cond));
+  EXPECT_DEATH(minForFapRevMajorsPerEgrThreshProf(egressBufThresholdsProfile0, empty,
+                                                  fapTypeUnknown_, tenTimes),
+               assertionPattern("U32 Hardware::Vorn::minForFapRevMajorsPerEgrThreshProf("
+                                "Hardware::Vorn::EgressBufThresholdsProfile, "
+                                "Hardware::Vorn::Status::PtrConst, Hardware::Vorn::FapType, "
+                                "Hardware::Vorn::FapRevMajorFn)",
+                                cond));
 }
 
 TEST(RevisionLoops, MaxAndMinOverTheList) {
@@ -173,11 +174,11 @@ TEST(RevisionBounds, OverTheStatusRevisionsOfAFamily) {
   EXPECT_EQ(maxForFapRevMajors(status, static_cast<FapType>(7), tenTimes), 0u);
   EXPECT_EQ(minForFapRevMajors(status, static_cast<FapType>(7), tenTimes), kNone);
   // Revision 8 uses profile 1, the others profile 0.
-  EXPECT_EQ(minForFapRevMajorsPerEgrThreshProf(egressBufThresholdsProfile1, status,
-                                               fapTypeUnknown_, tenTimes),
+  EXPECT_EQ(minForFapRevMajorsPerEgrThreshProf(egressBufThresholdsProfile1, status, fapTypeUnknown_,
+                                               tenTimes),
             80u);
-  EXPECT_EQ(minForFapRevMajorsPerEgrThreshProf(egressBufThresholdsProfile0, status,
-                                               fapTypeJericho, tenTimes),
+  EXPECT_EQ(minForFapRevMajorsPerEgrThreshProf(egressBufThresholdsProfile0, status, fapTypeJericho,
+                                               tenTimes),
             60u);
   EXPECT_EQ(minForFapRevMajorsPerEgrThreshProf(egressBufThresholdsProfile1, status, fapTypeArad,
                                                tenTimes),
@@ -194,18 +195,16 @@ TEST(PortMaxima, OfEachRevision) {
 }
 
 TEST(PortMaximaDeath, UnknownRevision) {
-  EXPECT_DEATH(
-      maxFapPortIdsByFapRevMajor(fapRevMajorUnknown_),
-      failedThenAssertion("Failed(false) Incorrect fapRevMajor 0",
-                          "U32 Hardware::Vorn::maxFapPortIdsByFapRevMajor("
-                          "Hardware::Vorn::FapRevMajor)",
-                          "\"false\" == nullptr"));
-  EXPECT_DEATH(
-      maxNifPortsByFapRevMajor(fapRevMajorUnknown_),
-      failedThenAssertion("Failed(false) Incorrect fapRevMajor 0",
-                          "U32 Hardware::Vorn::maxNifPortsByFapRevMajor("
-                          "Hardware::Vorn::FapRevMajor)",
-                          "\"false\" == nullptr"));
+  EXPECT_DEATH(maxFapPortIdsByFapRevMajor(fapRevMajorUnknown_),
+               failedThenAssertion("Failed(false) Incorrect fapRevMajor 0",
+                                   "U32 Hardware::Vorn::maxFapPortIdsByFapRevMajor("
+                                   "Hardware::Vorn::FapRevMajor)",
+                                   "\"false\" == nullptr"));
+  EXPECT_DEATH(maxNifPortsByFapRevMajor(fapRevMajorUnknown_),
+               failedThenAssertion("Failed(false) Incorrect fapRevMajor 0",
+                                   "U32 Hardware::Vorn::maxNifPortsByFapRevMajor("
+                                   "Hardware::Vorn::FapRevMajor)",
+                                   "\"false\" == nullptr"));
   EXPECT_DEATH(maxNifPortsByFapRevMajor(static_cast<FapRevMajor>(10)),
                "Incorrect fapRevMajor 10\n");
 }

@@ -70,8 +70,8 @@ class LagSubIntfs : public testing::Test {
     subIntfs->intfStatusIs(IntfId("Port-Channel5.100"));
   }
   IntfId lagOf(const char* member, bool mustExist, bool useConfig) {
-    return obtainLagSubIntfIdFromMemberSubIntfId(config, subIntfs, ports, IntfId(member),
-                                                 mustExist, useConfig);
+    return obtainLagSubIntfIdFromMemberSubIntfId(config, subIntfs, ports, IntfId(member), mustExist,
+                                                 useConfig);
   }
   IntfId memberOf(const char* lagSub, bool useConfig) {
     return obtainMemberSubIntfIdFromLagSubIntfId(config, ports, IntfId(lagSub), useConfig);
@@ -82,13 +82,17 @@ class LagSubIntfs : public testing::Test {
 };
 
 TEST_F(LagSubIntfs, LagSideFromThePortStatus) {
+  VornTest::TraceCapture trace({"VornCommonUtils"});
   EXPECT_EQ(lagOf("Ethernet4.100", false, false), IntfId("Port-Channel5.100"));
-  EXPECT_EQ(lagOf("Ethernet4.101", false, false), IntfId());  // other number
-  EXPECT_EQ(lagOf("Ethernet3.100", false, false), IntfId());  // carries nothing
+  EXPECT_EQ(lagOf("Ethernet4.101", false, false), IntfId());                    // other number
+  EXPECT_EQ(lagOf("Ethernet3.100", false, false), IntfId());                    // carries nothing
   EXPECT_EQ(lagOf("Ethernet7.200", true, false), IntfId("Port-Channel6.200"));  // no check
   EXPECT_EQ(obtainLagSubIntfIdFromMemberSubIntfId(config, subIntfs, nullptr,
                                                   IntfId("Ethernet4.100"), false, false),
             IntfId());
+  EXPECT_EQ(trace.texts().front(),
+            "obtainLagSubIntfIdFromMemberSubIntfId memberSubIntfId:Ethernet4.100 mustExist:0 "
+            "useConfig:0");
 }
 
 TEST_F(LagSubIntfs, LagSideFromTheConfiguration) {
@@ -100,8 +104,8 @@ TEST_F(LagSubIntfs, LagSideFromTheConfiguration) {
   EXPECT_EQ(lagOf("Ethernet7.200", true, true), IntfId());
   // A port of no LAG.
   EXPECT_EQ(lagOf("Ethernet9.100", false, true), IntfId());
-  EXPECT_EQ(obtainLagSubIntfIdFromMemberSubIntfId(nullptr, subIntfs, ports,
-                                                  IntfId("Ethernet3.100"), false, true),
+  EXPECT_EQ(obtainLagSubIntfIdFromMemberSubIntfId(nullptr, subIntfs, ports, IntfId("Ethernet3.100"),
+                                                  false, true),
             IntfId());
 }
 
@@ -114,6 +118,9 @@ TEST_F(LagSubIntfs, MemberSideFromTheConfiguration) {
   EXPECT_EQ(memberOf("Port-Channel5.100", true), IntfId("Ethernet4.100"));
   EXPECT_EQ(obtainMemberSubIntfIdFromLagSubIntfId(nullptr, ports, IntfId("Port-Channel5.1"), true),
             IntfId());
+  // A plain port-channel has no sub-interface number to carry over.
+  EXPECT_THROW(memberOf("Port-Channel5", true), Wirl::InvalidIntfName);
+  EXPECT_EQ(memberOf("Port-Channel8", true), IntfId());
 }
 
 TEST_F(LagSubIntfs, MemberSideFromThePortStatus) {

@@ -13,19 +13,10 @@
 using namespace Hardware::Vorn;
 using testing::ElementsAre;
 using VornTest::assertionPattern;
+using VornTest::expectRangeText;
 using VornTest::failedThenAssertion;
 
 namespace {
-
-template <typename F>
-void expectRangeText(F&& f, const char* text) {
-  try {
-    f();
-    ADD_FAILURE() << "no range exception, expected " << text;
-  } catch (const Mox::RangeException& e) {
-    EXPECT_STREQ(e.what(), text);
-  }
-}
 
 constexpr const char kSystemCoreRange[] =
     "SystemCoreId::value < SystemCoreId::min or > SystemCoreId::null not allowed";
@@ -197,7 +188,8 @@ TEST_F(Slots, FirstFapAndCoreOfASlot) {
   firstFapId(status, Fru::SlotId(10));
   firstSystemCoreId(status, Fru::SlotId(10));
   EXPECT_THAT(trace.texts(), testing::Contains("firstFapId zeroBasedSlot: 7 fapId: 14"));
-  EXPECT_THAT(trace.texts(), testing::Contains("firstSystemCoreId zeroBasedSlot: 7 systemCoreId: 28"));
+  EXPECT_THAT(trace.texts(),
+              testing::Contains("firstSystemCoreId zeroBasedSlot: 7 systemCoreId: 28"));
   status->maxFapsPerSlotIs(300);
   expectRangeText([&] { firstFapId(status, Fru::SlotId(10)); }, kFapRange);
   status->maxCoresPerSlotIs(300);
@@ -219,10 +211,10 @@ TEST_F(Slots, PerSlotCountsMustBePositive) {
 }
 
 TEST_F(Slots, NeedTheFruConfiguration) {
-  const std::string pattern =
-      assertionPattern("int Hardware::Vorn::zeroBasedSlotId("
-                       "const Hardware::Vorn::Status::PtrConst&, Fru::SlotId)",
-                       "sysLimits->sysFruConfig()");
+  const std::string pattern = assertionPattern(
+      "int Hardware::Vorn::zeroBasedSlotId("
+      "const Hardware::Vorn::Status::PtrConst&, Fru::SlotId)",
+      "sysLimits->sysFruConfig()");
   Mox::singletonIs<SystemLimits>()->sysFruConfigDel();
   EXPECT_DEATH(zeroBasedSlotId(status, Fru::SlotId(3)), pattern);
   // Without the singleton it is created, and still has no configuration.
@@ -278,9 +270,9 @@ TEST(CpuTmPortsDeath, OutsideTheSix) {
                assertionPattern("Hardware::Vorn::SystemPhyPortId "
                                 "Hardware::Vorn::nthCpuTmSystemPhyPortId(U16)",
                                 count));
-  EXPECT_DEATH(nthCpuTmFapPortId(6),
-               assertionPattern("Hardware::Vorn::FapPortId Hardware::Vorn::nthCpuTmFapPortId(U16)",
-                                count));
+  EXPECT_DEATH(
+      nthCpuTmFapPortId(6),
+      assertionPattern("Hardware::Vorn::FapPortId Hardware::Vorn::nthCpuTmFapPortId(U16)", count));
   const std::string notCpu = assertionPattern(
       "Hardware::Vorn::SystemPhyPortId Hardware::Vorn::getCpuTmSystemPhyPortId("
       "Hardware::Vorn::FapPortId)",

@@ -39,8 +39,7 @@ TEST(Ids, NullsAndRangeTexts) {
       4, "LocalTcamId::value < LocalTcamId::min or > LocalTcamId::null not allowed");
   expectBound<SystemTcamId>(
       2048, "SystemTcamId::value < SystemTcamId::min or > SystemTcamId::null not allowed");
-  expectBound<FapPortId>(256,
-                         "FapPortId::value < FapPortId::min or > FapPortId::null not allowed");
+  expectBound<FapPortId>(256, "FapPortId::value < FapPortId::min or > FapPortId::null not allowed");
   expectBound<SystemPhyPortId>(
       16384,
       "SystemPhyPortId::value < SystemPhyPortId::min or > SystemPhyPortId::null not allowed");

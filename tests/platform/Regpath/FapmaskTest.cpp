@@ -14,7 +14,8 @@ namespace {
 
 std::vector<U16> members(const Fapmask& mask) {
   std::vector<U16> out;
-  for (FapId id = mask.nextFapId(); !id.isNull(); id = mask.nextFapId(id)) out.push_back(id.value());
+  for (FapId id = mask.nextFapId(); !id.isNull(); id = mask.nextFapId(id))
+    out.push_back(id.value());
   return out;
 }
 

@@ -51,11 +51,13 @@ TEST(IntfId, ParsesEveryKind) {
 
 TEST(IntfId, RejectsWhatIsNoInterfaceName) {
   for (const char* name :
-       {"Ethernet", "Ethernet/1", "Ethernet3/", "Ethernet3/1/2/4", "Ethernet03", "Ethernet3.",
-        "Ethernet3.0", "Ethernet3.65536", "Ethernet65536", "Ethernet3x", "ethernet3", "Et3",
-        "Port-Channel", "Port-Channel5/1", "Port-Channel5.1.2", "Vlan0", "Vlan4095", "Vlan10.1",
-        "Loopback0.1", "Management1/1/1", "Vxlan", "Vxlan1.5", "Tunnel1", "po5", " Ethernet3",
-        "Ethernet3 ", "Ethernet1234567"}) {
+       {"Ethernet",      "Ethernet/1",      "Ethernet3/",        "Ethernet3/1/2/4",
+        "Ethernet03",    "Ethernet3.",      "Ethernet3.0",       "Ethernet3.65536",
+        "Ethernet65536", "Ethernet3x",      "ethernet3",         "Et3",
+        "Port-Channel",  "Port-Channel5/1", "Port-Channel5.1.2", "Vlan0",
+        "Vlan4095",      "Vlan10.1",        "Loopback0.1",       "Management1/1/1",
+        "Vxlan",         "Vxlan1.5",        "Tunnel1",           "po5",
+        " Ethernet3",    "Ethernet3 ",      "Ethernet1234567"}) {
     EXPECT_THROW(IntfId{name}, Wirl::InvalidIntfName) << name;
   }
   try {
