@@ -145,6 +145,7 @@ void FabricDriver::install() {
 
 void FabricDriver::uninstall() {
   if (!isInstalled_) return;
+  if (tcEmulated_) tcEmulatedIs(false);
   FabricDriver* expected = this;
   gInstalled.compare_exchange_strong(expected, nullptr);
   if (expected == this) Kernel::opsIs(replaced_ == &kEmuOps ? nullptr : replaced_);

@@ -100,6 +100,13 @@ class FabricDriver {
   // Makes / removes the host side of a device the driver creates or deletes:
   // an emulated netdevice, or a TAP device in real mode. 0 or an errno.
   int hostNetdevCreate(const std::string& name);
+  // Answers "/sbin/tc qdisc add dev NAME ..." for the emulated netdevices
+  // (0 when NAME exists, 1 as tc does when it cannot find the device) while
+  // on, instead of running the host's tc; off restores the real shell.
+  void tcEmulatedIs(bool on);
+  // The tc command lines answered so far.
+  std::vector<std::string> tcCommands() const;
+  int runTc(const char* command);
   int hostNetdevRemove(const std::string& name);
   // LAGs (see LagState.h for how the driver names and numbers them).
   LagState& lags() { return lags_; }
@@ -119,6 +126,8 @@ class FabricDriver {
   bool realHost_ = false;
   std::map<unsigned long, std::pair<int, unsigned>> hostFaults_;
   int socketFault_ = 0;
+  bool tcEmulated_ = false;
+  std::vector<std::string> tcCommands_;
   LagState lags_;
   std::map<std::string, std::pair<int, unsigned>, std::less<>> scripted_;
   std::vector<std::string> log_;

@@ -16,5 +16,6 @@ void addDevices(CLI::App& app, Action& action);
 void addTrace(CLI::App& app, Action& action);
 void addCopp(CLI::App& app, Action& action);
 void addId(CLI::App& app, Action& action);
+void addLags(CLI::App& app, Action& action);
 
 }  // namespace vornctl

@@ -1,6 +1,7 @@
 #include "vornctl/Context.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "Vorn/VornDma.h"
@@ -18,7 +19,17 @@ void Context::useDriver() {
   DriverChoice choice = choice_;
   bool useKernel = choice == DriverChoice::kKernel ||
                    (choice == DriverChoice::kAuto && Hardware::Vorn::vornDmaDevFabricPresent());
-  if (!useKernel) emulator_ = std::make_unique<Emu::FabricDriver>();
+  if (!useKernel) {
+    emulator_ = std::make_unique<Emu::FabricDriver>();
+    for (const std::string& line : script_) {
+      auto eq = line.find('=');
+      if (eq == std::string::npos || eq == 0) throw BadInput("--emu-answer", "keyword=errno[:count]");
+      int error = std::atoi(line.c_str() + eq + 1);
+      auto colon = line.find(':', eq);
+      unsigned count = colon == std::string::npos ? 1u : static_cast<unsigned>(std::atoi(line.c_str() + colon + 1));
+      emulator_->answerNext(line.substr(0, eq), error, count);
+    }
+  }
   std::fprintf(stderr, "vornctl: driver: %s%s\n", driverName(),
                choice == DriverChoice::kAuto
                    ? (useKernel ? " (/dev/fabric is present)" : " (no /dev/fabric here)")

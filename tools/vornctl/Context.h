@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "emu/FabricDriver.h"
 
@@ -35,6 +36,10 @@ class Context {
  public:
   Context(DriverChoice choice, bool json) : choice_(choice), json_(json) {}
 
+  // Scripted answers for the embedded emulator, "keyword=errno[:count]"
+  // (tests and demonstrations: "lagmember_add=0:1" loses one member).
+  void emulatorScriptIs(std::vector<std::string> script) { script_ = std::move(script); }
+
   // Chooses the driver at the first call: the kernel's when "/dev/fabric" is
   // there (auto), or the embedded emulator. Says which on standard error.
   void useDriver();
@@ -55,6 +60,7 @@ class Context {
   DriverChoice choice_;
   bool json_;
   bool chosen_ = false;
+  std::vector<std::string> script_;
   std::unique_ptr<Emu::FabricDriver> emulator_;
 };
 

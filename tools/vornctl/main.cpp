@@ -17,12 +17,16 @@ int main(int argc, char** argv) {
       ->capture_default_str();
   app.add_flag("--json", json, "one JSON document on standard output, for scripts");
 
+  std::vector<std::string> emuScript;
+  app.add_option("--emu-answer", emuScript, "scripted emulator answers keyword=errno[:count]")
+      ->group("");  // for tests, not in the help
   vornctl::Action action;
   vornctl::addBringup(app, action);
   vornctl::addDevices(app, action);
   vornctl::addTrace(app, action);
   vornctl::addCopp(app, action);
   vornctl::addId(app, action);
+  vornctl::addLags(app, action);
 
   try {
     app.parse(argc, argv);
@@ -40,6 +44,7 @@ int main(int argc, char** argv) {
       {"kernel", vornctl::DriverChoice::kKernel},
       {"emulated", vornctl::DriverChoice::kEmulated}};
   vornctl::Context context(choices.at(driver), json);
+  context.emulatorScriptIs(emuScript);
   try {
     return action(context);
   } catch (const vornctl::BadInput& e) {
