@@ -18,6 +18,7 @@
 #include "Mox/String.h"
 #include "Mox/Types.h"
 #include "Vorn/Export.h"
+#include "Wirl/EthAddr.h"
 
 namespace Hardware::Vorn {
 
@@ -94,5 +95,112 @@ VORN_EXPORT int vornDmaMpcMode(bool on);
 // listing ends the process. Simulation: empty.
 VORN_EXPORT Mox::String vornDmaListUpDevices();
 VORN_EXPORT Mox::String vornDmaListDeviceParams();
+
+// ---------------------------------------------------------------------------
+// Ports, VLANs and host devices
+//
+// The driver represents ports, port-channels and control ports as host network
+// devices. `ifname` is the host device name (at most 15 characters). Every
+// function returns 0 in simulation and otherwise the driver's answer, traced
+// when it is a refusal, unless it says otherwise. None ends the process.
+
+// Creates the host device `ifname` for system port `sysPort` in the driver
+// and, when the driver has created it, sets its MAC address (`macAddr`, text
+// "02:00:00:aa:bb:cc"), its up flag and a prio queueing discipline. `ctrl`
+// marks a control port, `hwLag` a hardware LAG, whose system port is first
+// mapped by vornDmaInternalSysPortIdIs(); both together are refused with 22
+// and nothing is sent. `devName` (may be empty) and `portArg` are passed to the
+// driver as they are. An existing device (17) is success and is left alone.
+// In SAI mode a hardware LAG is not announced to the driver at all, and a
+// device with a `devName` also carries its MAC address, which must not be null.
+VORN_EXPORT int vornDmaIfadd(const char* ifname, int sysPort, int portArg, Mox::String devName,
+                             bool ctrl, bool hwLag, const char* macAddr);
+// Deletes the host device. In SAI mode port-channels ("PortChannel...") stay
+// in the host namespace: nothing is sent and 0 is returned.
+VORN_EXPORT int vornDmaIfdel(const char* ifname);
+// Moves the host device to another system port.
+VORN_EXPORT int vornDmaIfPortUpdate(const char* ifname, int sysPort);
+// Sets the device's state in the driver; only in SAI mode (otherwise 0, nothing
+// sent). A missing device (19) is returned without a trace.
+VORN_EXPORT int vornDmaSetIntfState(Mox::String ifname, bool up);
+// Sets or clears the native VLAN of the device. Sub-interfaces (a name with
+// ".") have none: nothing is sent and 0 is returned.
+VORN_EXPORT int vornDmaNativeVlan(const char* ifname, bool flag, unsigned short vlanId);
+// Maps the VLAN range [startVlanId, endVlanId] with `innerVlanId` of the
+// device to `vsi`, or removes that mapping.
+VORN_EXPORT int vornDmaVlanVsiAdd(const char* ifname, unsigned short startVlanId,
+                                  unsigned short endVlanId, unsigned short innerVlanId,
+                                  unsigned short vsi);
+VORN_EXPORT int vornDmaVlanVsiDel(const char* ifname, unsigned short startVlanId,
+                                  unsigned short endVlanId, unsigned short innerVlanId);
+// Gives a routed port its internal VLAN. A sub-interface name is cut at its
+// first "." (et1.10 sets et1). A missing device (19) counts as success.
+VORN_EXPORT int vornDmaRoutedPortSet(const char* ifname, unsigned int vlanId);
+// Sets the encapsulation VLAN tag of a routed port.
+VORN_EXPORT int vornDmaRoutedPortEncapVlanMapSet(const char* ifname, unsigned int vlanTag);
+// Reads the host device's interface flags (sign-extended from 16 bits) into
+// `*flags`; returns 0 or the errno of the failed request. Simulation: 0 and
+// `*flags` untouched.
+VORN_EXPORT int vornDmaIfFlags(const char* ifname, unsigned int* flags);
+
+// ---------------------------------------------------------------------------
+// QoS maps, PTP and VXLAN
+//
+// A refused QoS map means a broken driver: the process ends through syserr()
+// with the command text. The per-device traffic-class tables tolerate a
+// missing device (19) and, for add and update, an invalid argument (22),
+// which are returned. Simulation: 0 and nothing sent, except for the two
+// VXLAN setters, which always send.
+
+// Maps VLAN priority `cos` to traffic class `tc` ("vprimap"), and back
+// ("tcmap"); maps DSCP `dscp` to traffic class `tc` ("dscpmap").
+VORN_EXPORT unsigned int vornDmaSetCosToTc(unsigned int cos, unsigned int tc);
+VORN_EXPORT unsigned int vornDmaSetTcToCos(unsigned int tc, unsigned int cos);
+VORN_EXPORT unsigned int vornDmaSetDscpToTc(unsigned int dscp, unsigned int tc);
+// Installs the device's traffic-class-to-priority table: `map[i]` (8 entries)
+// is the VLAN priority of class i. Sent as one octal word, class 0 in the
+// last digit; entries are not masked, so 8 or more spills into the next class.
+VORN_EXPORT unsigned int vornDmaTcToVpriMapAdd(const char* ifname, unsigned int* map);
+// Removes the device's table.
+VORN_EXPORT unsigned int vornDmaTcToVpriMapDel(const char* ifname);
+// Changes one entry of the device's table.
+VORN_EXPORT unsigned int vornDmaTcToVpriMapUpdate(const char* ifname, unsigned int tc,
+                                                  unsigned int cos);
+// Makes the driver drop (or pass) the PTP event packets the CPU sends.
+// Refusals are returned.
+VORN_EXPORT unsigned int vornDmaSetPtpDropEventTxPkts(bool drop);
+// Maps VXLAN `vni` to `vlanId`; sets the VTEP learn mode. Always sent, also in
+// simulation; a refusal is traced only.
+VORN_EXPORT void vornDmaVniToVlanIs(unsigned int vni, unsigned int vlanId);
+VORN_EXPORT void vornDmaVtepLearnModeIs(unsigned int mode);
+// The driver's internal form of a hardware-LAG system port id: bits 0-13
+// kept, bit 15 moved to bit 14, bit 14 dropped.
+VORN_EXPORT unsigned short vornDmaInternalSysPortIdIs(unsigned short sysPortId);
+
+// ---------------------------------------------------------------------------
+// L3, MLAG and virtual cable
+//
+// An invalid-argument answer (22) means the library sent what the driver
+// cannot accept: the process ends through syserr() with the command text.
+// Other refusals are returned. The two virtual-cable commands return every
+// refusal. Simulation: 0 and nothing sent.
+
+// The virtual (anycast) router MAC and its mask.
+VORN_EXPORT unsigned int vornDmaVirtualMacSet(Wirl::EthAddrWithMask mac);
+// Enables the virtual IPv4 / IPv6 addresses of `vlanId`.
+VORN_EXPORT unsigned int vornDmaIpAddrVirtualSet(unsigned int vlanId, bool enable);
+VORN_EXPORT unsigned int vornDmaIp6AddrVirtualSet(unsigned int vlanId, bool enable);
+// The MLAG peer's router MAC; the MLAG shared router MAC.
+VORN_EXPORT unsigned int vornDmaPeerRouterMacSet(Wirl::EthAddr mac);
+VORN_EXPORT unsigned int vornDmaMlagSharedRouterMacIs(Wirl::EthAddr mac);
+// ARP snooping on `vlanId`.
+VORN_EXPORT unsigned int vornDmaArpSnoopingVlan(unsigned short vlanId, bool on);
+// Maps private VLAN `secondary` to its `primary`.
+VORN_EXPORT unsigned int vornDmaPvlanMap(unsigned short primary, unsigned short secondary);
+// Whether `vlanId` is routed.
+VORN_EXPORT unsigned int vornDmaVlanRoutingStatus(unsigned short vlanId, unsigned short enabled);
+// The EtherType of the virtual-cable encapsulation; a device's mux id.
+VORN_EXPORT unsigned int vornDmaVcableSetProto(unsigned short proto);
+VORN_EXPORT unsigned int vornDmaVcableSetMuxid(const char* ifname, unsigned short muxid);
 
 }  // namespace Hardware::Vorn

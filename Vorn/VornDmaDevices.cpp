@@ -20,7 +20,7 @@ int pciName(Mox::Ptr<Fru::PciHam const> ham, char* buf, unsigned int size) {
   Fru::PciHamImpl::PtrConst impl = ham->pciHamImpl();
   if (!impl) return -1;
   Fru::PciAddress a = impl->address();
-  std::snprintf(buf, size, "%04x:%02x:%02x.%1x", a.domain, a.bus, a.device, a.function);
+  dma::formatCommand(buf, size, "%04x:%02x:%02x.%1x", a.domain, a.bus, a.device, a.function);
   return 0;
 }
 
@@ -109,7 +109,7 @@ int vornDmaGetDevStats(Mox::String name, fabdevstats* stats) {
     return 0;
   }
   char* record = reinterpret_cast<char*>(stats);
-  std::snprintf(record, kDevStatsSize, "devstats %s", name.charPtr());
+  dma::formatCommand(record, kDevStatsSize, "devstats %s", name.charPtr());
   int rc = fab_ioctl(record, kDevStatsSize);
   if (rc != 0) VORN_DMA_TRACE(0, "vornDmaGetDevStats", " ", name, " error ", std::strerror(rc));
   return rc;

@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include "emu/Handler.h"
+#include "emu/HostSockets.h"
 
 namespace Emu {
 namespace {
@@ -46,6 +47,7 @@ int emuOpen(const char* path, int flags) {
 
 int emuClose(int fd) {
   if (fd == FabricDriver::kFabricFd) return 0;
+  if (hostsock::isSocketFd(fd)) return hostsock::close(fd);
   if (isProcFd(fd)) {
     std::lock_guard<std::mutex> lock(gProcMutex);
     if (gProcReaders.erase(fd)) return 0;
@@ -86,11 +88,24 @@ int emuIoctl(int fd, unsigned long request, void* arg) {
     }
     return 0;
   }
+  if (hostsock::isSocketFd(fd)) {
+    FabricDriver* d = gInstalled.load(std::memory_order_acquire);
+    int rc = d && hostsock::isOpen(fd) ? d->hostRequest(request, arg) : EBADF;
+    if (rc != 0) {
+      errno = rc;
+      return -1;
+    }
+    return 0;
+  }
   return nextOps().ioctl(fd, request, arg);
 }
 
 ssize_t emuWrite(int fd, const void* buf, std::size_t n) { return nextOps().write(fd, buf, n); }
-int emuSocket(int d, int t, int p) { return nextOps().socket(d, t, p); }
+int emuSocket(int domain, int type, int protocol) {
+  FabricDriver* d = gInstalled.load(std::memory_order_acquire);
+  if (d && hostsock::isEmulated(*d, domain, type)) return d->hostSocket();
+  return nextOps().socket(domain, type, protocol);
+}
 int emuBind(int fd, const sockaddr* a, socklen_t l) { return nextOps().bind(fd, a, l); }
 DIR* emuOpendir(const char* p) { return nextOps().opendir(p); }
 dirent* emuReaddir(DIR* d) { return nextOps().readdir(d); }

@@ -11,6 +11,13 @@
 //   Emu::FabricDriver driver;          // installed until it is destroyed
 //   driver.pciDevicePresentIs("0000:03:00.0");
 //   driver.answerNext("devname", 19, 3);  // the next three "devname" get 19
+//
+// It also models the host side of the devices it creates: AF_INET datagram
+// sockets are handed out as emulated descriptors whose SIOCSIFHWADDR,
+// SIOCGIFHWADDR, SIOCGIFFLAGS and SIOCSIFFLAGS requests act on the emulated
+// netdevices (an unknown name answers ENODEV), so that tests need no root. In
+// "real host devices" mode it creates a TAP device for each "ifadd" instead
+// and lets sockets and their requests go to Linux.
 #pragma once
 
 #include <map>
@@ -21,6 +28,7 @@
 
 #include "Kernel/Kernel.h"
 #include "emu/DeviceState.h"
+#include "emu/HostState.h"
 
 namespace Emu {
 
@@ -68,6 +76,31 @@ class FabricDriver {
   DeviceState& devices() { return devices_; }
   const DeviceState& devices() const { return devices_; }
 
+  // Host devices, VLANs, QoS, VXLAN, L3, MLAG and virtual-cable state, and the
+  // emulated host netdevices.
+  HostState& host() { return host_; }
+  const HostState& host() const { return host_; }
+  // Creates an emulated host netdevice that the driver does not own (one that
+  // another part of the system made, as a port-channel in SAI mode).
+  void hostNetdevIs(const std::string& name);
+  // Real host devices on (see above) or off (emulated; the default). Switch it
+  // before the first host device is made.
+  void realHostDevicesIs(bool on);
+  bool realHostDevices() const;
+  // The next `count` requests `request` (SIOCSIFHWADDR, ...) on emulated
+  // sockets fail with `error`.
+  void hostRequestFailsNext(unsigned long request, int error, unsigned count = 1);
+  // The next emulated datagram socket cannot be opened: `error`.
+  void socketFailsNext(int error);
+  // Opens an emulated datagram socket; the descriptor, or -1 with errno set.
+  int hostSocket();
+  // One request on an emulated socket; 0 or an errno.
+  int hostRequest(unsigned long request, void* arg);
+  // Makes / removes the host side of a device the driver creates or deletes:
+  // an emulated netdevice, or a TAP device in real mode. 0 or an errno.
+  int hostNetdevCreate(const std::string& name);
+  int hostNetdevRemove(const std::string& name);
+
   // The table the driver forwards everything else to.
   const Kernel::Ops& next() const noexcept { return *next_; }
 
@@ -78,6 +111,10 @@ class FabricDriver {
 
   mutable std::recursive_mutex mutex_;
   DeviceState devices_;
+  HostState host_;
+  bool realHost_ = false;
+  std::map<unsigned long, std::pair<int, unsigned>> hostFaults_;
+  int socketFault_ = 0;
   std::map<std::string, std::pair<int, unsigned>, std::less<>> scripted_;
   std::vector<std::string> log_;
   std::vector<int> answers_;

@@ -21,6 +21,9 @@ struct Handler {
 
 // The families' rows.
 std::span<const Handler> deviceHandlers();
+std::span<const Handler> hostHandlers();
+std::span<const Handler> qosHandlers();
+std::span<const Handler> l3Handlers();
 
 // Every row of every family.
 std::span<const std::span<const Handler>> handlerFamilies();

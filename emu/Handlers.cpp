@@ -5,6 +5,9 @@ namespace Emu {
 std::span<const std::span<const Handler>> handlerFamilies() {
   static const std::span<const Handler> families[] = {
       deviceHandlers(),
+      hostHandlers(),
+      qosHandlers(),
+      l3Handlers(),
   };
   return families;
 }

@@ -56,4 +56,46 @@ class LagMemberId : public BoundedId<LagMemberId, U16, 256> {
       "LagMemberId::value < LagMemberId::min or > LagMemberId::null not allowed";
 };
 
+// A port number on one FAP. Port 0 and the extended ports 133 to 137 are the
+// FAP's CPU traffic-manager ports.
+class FapPortId : public BoundedId<FapPortId, U32, 256> {
+ public:
+  using BoundedId::BoundedId;
+  static constexpr const char kRangeText[] =
+      "FapPortId::value < FapPortId::min or > FapPortId::null not allowed";
+  // The CPU TM ports beyond port 0, which run from cpuTmExtendedMin() on.
+  static constexpr U32 numCpuTmExtendeds() noexcept { return 5; }
+  static constexpr U32 cpuTmExtendedMin() noexcept { return 133; }
+  // Exactly the six CPU TM ports: 0, and 133 to 137. The FAP numbers no other
+  // port as a CPU port, so this is the whole rule.
+  constexpr bool isCpuTmPort() const noexcept {
+    return value() == 0 ||
+           (value() >= cpuTmExtendedMin() && value() < cpuTmExtendedMin() + numCpuTmExtendeds());
+  }
+};
+
+// A port number of the whole system. 0 and 1 are not ports; 2 to cpuTmMax()
+// are the CPU TM ports.
+class SystemPhyPortId : public BoundedId<SystemPhyPortId, U16, 16384, 2> {
+ public:
+  using BoundedId::BoundedId;
+  static constexpr const char kRangeText[] =
+      "SystemPhyPortId::value < SystemPhyPortId::min or > SystemPhyPortId::null not allowed";
+  static constexpr U16 cpuTmMax() noexcept { return 7; }
+};
+
+// Multicast group ids; those of VLAN flooding are the VLAN ids themselves.
+class MulticastId {
+ public:
+  static constexpr U32 vlanMulticastIdMin() noexcept { return 1; }
+  static constexpr U32 vlanMulticastIdMax() noexcept { return 4095; }
+};
+
+// Constants of the chip type library.
+class Constants {
+ public:
+  // CPU TM ports per FAP: port 0 and the FapPortId::numCpuTmExtendeds().
+  static constexpr U32 numCpuTms() noexcept { return 6; }
+};
+
 }  // namespace Hardware::Vorn

@@ -16,8 +16,7 @@ struct String::Rep {
   char data[1];
 
   static Rep* make(const char* text, std::size_t len) {
-    void* mem = std::malloc(offsetof(Rep, data) + len + 1);
-    if (!mem) throw std::bad_alloc();
+    void* mem = ::operator new(offsetof(Rep, data) + len + 1);
     Rep* r = new (mem) Rep;
     r->refs.store(1, std::memory_order_relaxed);
     r->len = len;
@@ -31,7 +30,7 @@ struct String::Rep {
   static void unref(Rep* r) noexcept {
     if (r && r->refs.fetch_sub(1, std::memory_order_acq_rel) == 1) {
       r->~Rep();
-      std::free(r);
+      ::operator delete(r);
     }
   }
 };

@@ -13,7 +13,8 @@ const std::set<std::string> kExported = {
 #include "Vorn/ExportedNames.inc"
 };
 
-const char* const kModulePrivate[] = {"pciName", "setupIntf", "vornDmaSetDeviceState"};
+const char* const kModulePrivate[] = {"pciName", "setupIntf", "vornDmaSetDeviceState",
+                                      "sysAggrPortMask"};
 
 // "Hardware::Vorn::fab_ioctl(char*, unsigned int)@@VORN_1" -> "fab_ioctl";
 // "Hardware::Vorn::ShapeRateSmState::fwkType() const" -> "ShapeRateSmState::fwkType";

@@ -1,0 +1,50 @@
+#include "Vorn/VornDmaRefusal.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "Vorn/VornDma.h"
+#include "Vorn/VornDmaPrivate.h"
+
+namespace Hardware::Vorn::dma {
+namespace {
+
+bool isListed(const RefusalRule& rule, int rc) {
+  return rule.listed[0] == rc || rule.listed[1] == rc;
+}
+
+bool endsProcess(const RefusalRule& rule, int rc) {
+  switch (rule.end) {
+    case RefusalRule::End::never:
+      return false;
+    case RefusalRule::End::unlessListed:
+      return !isListed(rule, rc);
+    case RefusalRule::End::onlyListed:
+      return isListed(rule, rc);
+  }
+  return false;
+}
+
+}  // namespace
+
+int sendCommand(const char* fn, char* buf, const RefusalRule& rule, unsigned line) {
+  int rc = fab_ioctl(buf, kCommandSize);
+  if (rc == 0) return 0;
+  if (rule.traced && trace().enabled(0))
+    Mox::traceLine(trace(), 0, kTraceFile, line, fn, " cmd: ", buf, rule.errorLabel,
+                   std::strerror(rc));
+  if (endsProcess(rule, rc)) {
+    // syserr prints errno's text: make it the refusal's, whatever the trace did.
+    errno = rc;
+    syserr(buf);
+  }
+  return rc;
+}
+
+int sendPair(const char* fn, const char* keyword, unsigned a, unsigned b, const RefusalRule& rule) {
+  char buf[kCommandSize];
+  command(buf, "%s %u %u", keyword, a, b);
+  return VORN_DMA_SEND(fn, buf, rule);
+}
+
+}  // namespace Hardware::Vorn::dma

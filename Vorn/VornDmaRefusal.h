@@ -1,0 +1,33 @@
+// How the QoS, L3 and MLAG commands answer a refusal of the driver. Their
+// rules differ deliberately from command to command; each command names its
+// rule in one table of its unit.
+#pragma once
+
+#include <cstdint>
+
+namespace Hardware::Vorn::dma {
+
+struct RefusalRule {
+  // Which refusals end the process (through syserr with the command text).
+  enum class End : std::uint8_t {
+    never,         // every refusal is returned
+    unlessListed,  // all but the listed answers end it; the listed are returned
+    onlyListed,    // only the listed answers end it; the others are returned
+  };
+  bool traced;  // a refusal is traced (before syserr, when it ends the process)
+  End end;
+  int listed[2];                       // answers the rule names; 0 marks an unused place
+  const char* errorLabel = " error ";  // the word before the error text in the trace
+};
+
+// Sends the command in the 256-byte `buf` and applies `rule` to a refusal:
+// the error trace "fn cmd: <buf><errorLabel><strerror>" at `line`, then
+// syserr(buf) where the rule ends the process. Returns the driver's answer.
+int sendCommand(const char* fn, char* buf, const RefusalRule& rule, unsigned line);
+
+// Sends "<keyword> a b", both numbers in decimal, under `rule` as above.
+int sendPair(const char* fn, const char* keyword, unsigned a, unsigned b, const RefusalRule& rule);
+
+}  // namespace Hardware::Vorn::dma
+
+#define VORN_DMA_SEND(fn, buf, rule) ::Hardware::Vorn::dma::sendCommand(fn, buf, rule, __LINE__)

@@ -1,0 +1,18 @@
+// Figures that vorn_bench prints after the runs: the ratio of one benchmark's
+// time per iteration to another's, measured in the same run, with a target.
+#pragma once
+
+#include <string>
+
+namespace VornBench {
+
+// Registers "numerator / denominator" to be printed, with the largest ratio
+// that meets the target (0: reported, no target).
+void ratio(const std::string& label, const std::string& numerator, const std::string& denominator,
+           double target);
+
+// Counts heap allocations of the calling thread (operator new is replaced in
+// the benchmark program).
+std::size_t allocations() noexcept;
+
+}  // namespace VornBench

@@ -1,0 +1,30 @@
+// The emulator's command parser and handlers on arbitrary buffers: whatever
+// arrives, the driver model answers with an error number and never reads or
+// writes outside the buffer it was given.
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "emu/Command.h"
+#include "emu/FabricDriver.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static Emu::FabricDriver* driver = [] {
+    auto* d = new Emu::FabricDriver();
+    d->pciDevicePresentIs("0000:03:00.0");
+    return d;
+  }();
+  if (size < 1) return 0;
+  // The first byte picks the buffer capacity the command is sent with.
+  static const unsigned sizes[] = {256, 96, 6240, 128};
+  unsigned cap = sizes[data[0] % 4];
+  std::vector<char> buf(cap);
+  std::size_t n = size - 1 < cap ? size - 1 : cap;
+  std::memcpy(buf.data(), data + 1, n);
+  Emu::Command cmd;
+  Emu::parseCommand(buf.data(), cap, cmd);
+  int rc = driver->command(buf.data(), cap);
+  if (rc < 0) __builtin_trap();
+  driver->clearLog();
+  return 0;
+}

@@ -1,0 +1,76 @@
+// Ringlog::RingFile: a post-mortem trace, one fixed-size memory-mapped file per
+// process.
+//
+// Messages are binary records (time, message id, arguments) in a ring of
+// fixed-size slots; the descriptor text of every message id used is stored in
+// the file once, so `vornctl trace FILE` renders the file without the process
+// that wrote it. The mapping is shared with the file, so a process that
+// aborts (syserr, a failed assertion) leaves a readable file whose newest
+// record is the last message it wrote.
+//
+//   Ringlog::RingFile* f = Ringlog::openDefaultRingFile("agent");  // default file
+//   for (auto& r : Ringlog::readRingFile(path)) puts(r.text.c_str());
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "Ringlog/Ringlog.h"
+
+namespace Ringlog {
+
+class RingFile : public TraceFile {
+ public:
+  // Message ids whose descriptors a file can hold.
+  static constexpr unsigned kMaxStoredIds = 4096;
+
+  // Creates (or truncates) `path` with room for `bytes` (at least 64 KiB) and
+  // maps it. Check ok() afterwards.
+  RingFile(const std::string& path, std::size_t bytes);
+  ~RingFile() override;
+  RingFile(const RingFile&) = delete;
+  RingFile& operator=(const RingFile&) = delete;
+
+  bool ok() const noexcept { return base_ != nullptr; }
+  const std::string& path() const noexcept { return path_; }
+  std::uint32_t slotCount() const noexcept;
+
+  void write(MsgId id, const Arg* args, unsigned count) noexcept override;
+  void writeBlockEnd(MsgId id, std::uint64_t elapsedNs) noexcept override;
+
+ private:
+  void storeDescriptor(MsgId id) noexcept;
+  struct Slot* claimSlot(MsgId id, std::uint8_t kind, std::uint64_t& seq) noexcept;
+
+  std::string path_;
+  unsigned char* base_ = nullptr;
+  std::size_t size_ = 0;
+  std::mutex descriptorMutex_;
+  std::atomic<std::uint64_t> stored_[kMaxStoredIds / 64] = {};
+};
+
+// Where default ring files go: $VORN_RINGLOG_DIR, else /tmp/vorn-ringlog.
+std::string defaultRingDirectory();
+// Creates "<dir>/<name>-<pid>.rlog" ($VORN_RINGLOG_SIZE bytes, default 1 MiB)
+// and makes it the default trace file for the rest of the process. Null when
+// the file cannot be made.
+RingFile* openDefaultRingFile(const char* name);
+
+// One record of a ring file, decoded.
+struct DecodedRecord {
+  std::uint64_t sequence;
+  std::int64_t wallNs;  // nanoseconds since the epoch
+  std::string text;     // the rendered message
+};
+
+// Reads a ring file, oldest record first. False (with `error` set) when the
+// file is not a ring file.
+bool readRingFile(const std::string& path, std::vector<DecodedRecord>& out, std::string& error);
+
+// "2026-11-23 11:40:01.123456789" for a wall-clock time.
+std::string formatWallTime(std::int64_t wallNs);
+
+}  // namespace Ringlog

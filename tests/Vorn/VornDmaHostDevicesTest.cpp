@@ -1,0 +1,382 @@
+// Host devices against the emulated driver and its emulated host side.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <net/if.h>
+#include <sys/ioctl.h>
+
+#include <cerrno>
+#include <csignal>
+
+#include "Ringlog/MemoryFile.h"
+#include "Vorn/VornDma.h"
+#include "emu/FabricDriver.h"
+#include "support/Support.h"
+#include "tests/Vorn/HostTestSupport.h"
+
+using namespace Hardware::Vorn;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using VornTest::ScopedEnv;
+using VornTest::TcCapture;
+using VornTest::TraceCapture;
+
+namespace {
+
+constexpr const char kMac[] = "02:00:00:aa:bb:cc";
+constexpr const char kTcEt1[] = "/sbin/tc qdisc add dev et1 root handle 1: prio";
+
+class HostDevices : public testing::Test {
+ protected:
+  const Emu::HostNetdev& netdev(const std::string& name) { return driver.host().netdevs.at(name); }
+  bool isUp(const std::string& name) { return netdev(name).flags & IFF_UP; }
+
+  ScopedEnv sim{"SIMULATION_VMID", std::nullopt};
+  Emu::FabricDriver driver;
+  TcCapture tc;
+};
+
+TEST_F(HostDevices, PlainPortIsAnnouncedAsInternallagAndFinishedOnTheHost) {
+  Ringlog::ScopedMemoryFile ring;
+  ASSERT_EQ(vornDmaIfadd("et1", 5, 0, "", false, false, kMac), 0);
+  EXPECT_THAT(driver.commands(), ElementsAre("ifadd et1 5 0 internallag"));
+  const Emu::HostInterface& intf = driver.host().interfaces.at("et1");
+  EXPECT_EQ(intf.sysPort, 5);
+  EXPECT_EQ(intf.keyword, "internallag");
+  EXPECT_EQ(netdev("et1").mac, Wirl::EthAddr(2, 0, 0, 0xaa, 0xbb, 0xcc));
+  EXPECT_TRUE(isUp("et1"));
+  EXPECT_THAT(tc.lines(), ElementsAre(kTcEt1));
+  EXPECT_THAT(ring.messages(),
+              ElementsAre("vornDmaIfadd ifname=et1", "fab_ioctl buf=ifadd et1 5 0 internallag",
+                          "vornDmaIfadd: SIOCSIFHWADDR ioctl ifname=et1 macAddr=02:00:00:aa:bb:cc",
+                          "vornDmaIfadd: SIOCSIFFLAGS ioctl ifname=et1"));
+  unsigned flags = 0;
+  EXPECT_EQ(vornDmaIfFlags("et1", &flags), 0);
+  EXPECT_TRUE(flags & IFF_UP);
+}
+
+TEST_F(HostDevices, IfaddCommandVariants) {
+  TraceCapture trace;
+  EXPECT_EQ(vornDmaIfadd("cpu0", 7, 1, "eth5", true, false, kMac), 0);
+  // A hardware LAG goes by its internal system port and an empty keyword, so
+  // its command ends in a blank.
+  EXPECT_EQ(vornDmaIfadd("po1", 0x8005, 0, "", false, true, kMac), 0);
+  EXPECT_EQ(vornDmaIfadd("po2", 0xC001, 3, "bond2", false, true, kMac), 0);
+  EXPECT_EQ(vornDmaIfadd("et2", 9, 2, "eth9", false, false, kMac), 0);
+  EXPECT_EQ(vornDmaIfadd("cpu1", 8, 0, "", true, false, kMac), 0);
+  EXPECT_THAT(
+      driver.commands(),
+      ElementsAre("ifadd cpu0 7 1 eth5 ctrl", "ifadd po1 16389 0 ", "ifadd po2 16385 3 bond2 ",
+                  "ifadd et2 9 2 eth9 internallag", "ifadd cpu1 8 0 ctrl"));
+  EXPECT_EQ(driver.host().interfaces.at("po2").devName, "bond2");
+  EXPECT_EQ(trace.lines()[0].text, "vornDmaIfadd: command ifadd cpu0 7 1 eth5 ctrl");
+  EXPECT_EQ(trace.lines()[0].level, 2);
+  EXPECT_EQ(tc.lines().size(), 5u);
+}
+
+TEST_F(HostDevices, CtrlAndHwLagTogetherAreRefusedUnsent) {
+  TraceCapture trace;
+  EXPECT_EQ(vornDmaIfadd("et1", 5, 0, "", true, true, kMac), EINVAL);
+  EXPECT_THAT(driver.commands(), IsEmpty());
+  EXPECT_THAT(tc.lines(), IsEmpty());
+  EXPECT_THAT(trace.texts(),
+              ElementsAre("vornDmaIfadd: interface et1 ctrl: 1 hwLag: 1 Error: ctrl/hwLag are "
+                          "mutually exclusive"));
+}
+
+TEST_F(HostDevices, ExistingDeviceIsSuccessAndLeftAlone) {
+  ASSERT_EQ(vornDmaIfadd("et1", 5, 0, "", false, false, kMac), 0);
+  TraceCapture trace;
+  EXPECT_EQ(vornDmaIfadd("et1", 5, 0, "", false, false, "02:11:11:11:11:11"), 0);
+  EXPECT_EQ(driver.answers().back(), EEXIST);
+  EXPECT_EQ(netdev("et1").mac, Wirl::EthAddr(2, 0, 0, 0xaa, 0xbb, 0xcc));
+  EXPECT_EQ(tc.lines().size(), 1u);
+  EXPECT_THAT(trace.lines(), testing::Contains(testing::Field(&TraceCapture::Line::level, 2)));
+  EXPECT_EQ(trace.lines().size(), 1u);  // the command; no error
+}
+
+TEST_F(HostDevices, OtherRefusalsAreTracedAndReturnedWithoutHostSetup) {
+  TraceCapture trace;
+  driver.answerNext("ifadd", EPERM);
+  EXPECT_EQ(vornDmaIfadd("et1", 5, 0, "", false, false, kMac), EPERM);
+  EXPECT_THAT(tc.lines(), IsEmpty());
+  EXPECT_EQ(trace.lines().back().text,
+            "vornDmaIfadd cmd: ifadd et1 5 0 internallag error Operation not permitted");
+  EXPECT_EQ(trace.lines().back().level, 0);
+}
+
+TEST_F(HostDevices, SetupStopsWhenTheMacCannotBeSet) {
+  TraceCapture trace;
+  driver.hostRequestFailsNext(SIOCSIFHWADDR, EPERM);
+  EXPECT_EQ(vornDmaIfadd("et1", 5, 0, "", false, false, kMac), EPERM);
+  EXPECT_FALSE(isUp("et1"));
+  EXPECT_THAT(tc.lines(), IsEmpty());
+  EXPECT_EQ(trace.texts().back(), "setupIntf SIOCSIFHWADDR error Operation not permitted");
+}
+
+TEST_F(HostDevices, SetupStopsWhenTheFlagsCannotBeRead) {
+  TraceCapture trace;
+  driver.hostRequestFailsNext(SIOCGIFFLAGS, EIO);
+  EXPECT_EQ(vornDmaIfadd("et1", 5, 0, "", false, false, kMac), EIO);
+  EXPECT_EQ(netdev("et1").mac, Wirl::EthAddr(2, 0, 0, 0xaa, 0xbb, 0xcc));
+  EXPECT_FALSE(isUp("et1"));
+  EXPECT_THAT(tc.lines(), IsEmpty());
+  EXPECT_EQ(trace.texts().back(), "setupIntf SIOCGIFFLAGS error Input/output error");
+}
+
+TEST_F(HostDevices, SetupGoesOnToTheQdiscWhenTheUpFlagFails) {
+  TraceCapture trace;
+  driver.hostRequestFailsNext(SIOCSIFFLAGS, EPERM);
+  tc.resultIs(0);
+  EXPECT_EQ(vornDmaIfadd("et1", 5, 0, "", false, false, kMac), 0);
+  EXPECT_FALSE(isUp("et1"));
+  EXPECT_THAT(tc.lines(), ElementsAre(kTcEt1));
+  // The set request is reported under the read request's label.
+  EXPECT_EQ(trace.texts().back(), "setupIntf SIOCGIFFLAGS error Operation not permitted");
+}
+
+TEST_F(HostDevices, TheQdiscResultIsTheAnswerAndOnlyANegativeOneIsTraced) {
+  TraceCapture trace;
+  tc.resultIs(2);  // tc ran and failed
+  EXPECT_EQ(vornDmaIfadd("et1", 5, 0, "", false, false, kMac), 2);
+  EXPECT_EQ(trace.lines().size(), 1u);  // the command only
+  tc.resultIs(-1);                      // tc could not be run
+  EXPECT_EQ(vornDmaIfadd("et2", 6, 0, "", false, false, kMac), -1);
+  EXPECT_EQ(trace.texts().back(),
+            "setupIntf Failed to add prio qdisc for et2 error Unknown error -1");
+}
+
+TEST_F(HostDevices, MacTextIsReadAtEveryThirdCharacterWithoutValidation) {
+  const struct {
+    const char* text;
+    Wirl::EthAddr mac;
+  } cases[] = {
+      {"0A:1b:FF:00:7:1", Wirl::EthAddr(0x0a, 0x1b, 0xff, 0, 7, 0)},  // "1" is at 14, not 15
+      {"02-00-00-aa-bb-cc", Wirl::EthAddr(2, 0, 0, 0xaa, 0xbb, 0xcc)},
+      {"02:00", Wirl::EthAddr(2, 0, 0, 0, 0, 0)},  // missing groups are 0
+      {"", Wirl::EthAddr()},
+      {nullptr, Wirl::EthAddr()},
+      {"zz:12:34:56:78:9a", Wirl::EthAddr(0, 0x12, 0x34, 0x56, 0x78, 0x9a)},
+      {"02:00:00:aa:bb", Wirl::EthAddr(2, 0, 0, 0xaa, 0xbb, 0)},
+  };
+  int port = 1;
+  for (const auto& c : cases) {
+    std::string name = "et" + std::to_string(port);
+    ASSERT_EQ(vornDmaIfadd(name.c_str(), port++, 0, "", false, false, c.text), 0);
+    EXPECT_EQ(netdev(name).mac, c.mac) << (c.text ? c.text : "(null)");
+  }
+}
+
+TEST_F(HostDevices, IfFlagsReadsTheHostFlagsWithTheNameCutToTheKernelField) {
+  driver.hostNetdevIs("abcdefghijklmno");
+  unsigned flags = 77;
+  EXPECT_EQ(vornDmaIfFlags("abcdefghijklmnopqrstuvwxyz", &flags), 0);
+  EXPECT_EQ(flags, 0u);
+  EXPECT_EQ(vornDmaIfFlags("nosuch", &flags), ENODEV);
+  // The 16-bit flags word is sign-extended.
+  ASSERT_EQ(vornDmaIfadd("et1", 5, 0, "", false, false, kMac), 0);
+  driver.host().netdevs.at("et1").flags = 0x8001;
+  EXPECT_EQ(vornDmaIfFlags("et1", &flags), 0);
+  EXPECT_EQ(flags, 0xFFFF8001u);
+}
+
+TEST_F(HostDevices, IfdelAndPortUpdate) {
+  ASSERT_EQ(vornDmaIfadd("et1", 5, 0, "", false, false, kMac), 0);
+  Ringlog::ScopedMemoryFile ring;
+  EXPECT_EQ(vornDmaIfPortUpdate("et1", 12), 0);
+  EXPECT_EQ(driver.host().interfaces.at("et1").sysPort, 12);
+  EXPECT_EQ(vornDmaIfdel("et1"), 0);
+  EXPECT_FALSE(driver.host().interfaces.count("et1"));
+  EXPECT_FALSE(driver.host().netdevs.count("et1"));
+  TraceCapture trace;
+  EXPECT_EQ(vornDmaIfdel("et1"), ENODEV);
+  EXPECT_EQ(vornDmaIfPortUpdate("et1", 3), ENODEV);
+  EXPECT_THAT(trace.texts(), ElementsAre("vornDmaIfdel cmd: ifdel et1 error No such device",
+                                         "vornDmaIfPortUpdate cmd: ifportupdate et1 3 error No "
+                                         "such device"));
+  EXPECT_EQ(ring.messages()[0], "vornDmaIfPortUpdate ifname=et1 sys_port=12");
+  EXPECT_EQ(ring.messages()[2], "vornDmaIfdel ifname=et1");
+  // Outside SAI mode a port-channel is deleted like any device.
+  driver.clearLog();
+  vornDmaIfdel("PortChannel5");
+  EXPECT_THAT(driver.commands(), ElementsAre("ifdel PortChannel5"));
+}
+
+TEST_F(HostDevices, VlanCommands) {
+  ASSERT_EQ(vornDmaIfadd("et1", 5, 0, "", false, false, kMac), 0);
+  driver.clearLog();
+  Ringlog::ScopedMemoryFile ring;
+  EXPECT_EQ(vornDmaNativeVlan("et1", true, 100), 0);
+  EXPECT_EQ(driver.host().interfaces.at("et1").nativeVlan, 100u);
+  EXPECT_EQ(vornDmaNativeVlan("et1.10", true, 100), 0);  // a sub-interface: skipped
+  EXPECT_EQ(vornDmaVlanVsiAdd("et1", 10, 20, 0, 4000), 0);
+  EXPECT_EQ(vornDmaVlanVsiDel("et1", 10, 20, 0), 0);
+  EXPECT_EQ(vornDmaNativeVlan("et1", false, 0), 0);
+  EXPECT_FALSE(driver.host().interfaces.at("et1").nativeVlan);
+  EXPECT_THAT(driver.commands(),
+              ElementsAre("native_vlan et1 1 100", "vlan_vsi_add et1 10 20 0 4000",
+                          "vlan_vsi_del et1 10 20 0", "native_vlan et1 0 0"));
+  EXPECT_THAT(ring.messages(),
+              testing::IsSupersetOf({"vornDmaNativeVlan ifname=et1 vlan 100",
+                                     "vornDmaVlanVsiAdd ifname=et1 start_vlanid 10 end_vlanid 20 "
+                                     "inner_vlanid 0 vsi 4000",
+                                     "vornDmaVlanVsiDel ifname=et1 start_vlanid 10 end_vlanid 20 "
+                                     "inner_vlanid 0"}));
+  TraceCapture trace;
+  EXPECT_EQ(vornDmaVlanVsiAdd("et1", 20, 10, 0, 1), EINVAL);
+  EXPECT_EQ(vornDmaNativeVlan("et9", true, 1), ENODEV);
+  EXPECT_EQ(vornDmaVlanVsiDel("et9", 1, 2, 0), ENODEV);
+  EXPECT_THAT(
+      trace.texts(),
+      ElementsAre("vornDmaVlanVsiAdd cmd: vlan_vsi_add et1 20 10 0 1 error Invalid argument",
+                  "vornDmaNativeVlan cmd: native_vlan et9 1 1 error No such device",
+                  "vornDmaVlanVsiDel cmd: vlan_vsi_del et9 1 2 0 error No such device"));
+}
+
+TEST_F(HostDevices, RoutedPortUsesTheParentOfASubInterfaceAndToleratesAMissingDevice) {
+  ASSERT_EQ(vornDmaIfadd("et1", 5, 0, "", false, false, kMac), 0);
+  driver.clearLog();
+  TraceCapture trace;
+  Ringlog::ScopedMemoryFile ring;
+  EXPECT_EQ(vornDmaRoutedPortSet("et1.10", 1006), 0);
+  EXPECT_EQ(driver.host().routedPortVlans.at(1006), "et1");
+  EXPECT_EQ(vornDmaRoutedPortSet("et7", 1007), 0);  // 19 counts as done
+  driver.answerNext("internalvlan", EPERM);
+  EXPECT_EQ(vornDmaRoutedPortSet("et1", 1008), EPERM);
+  EXPECT_THAT(driver.commands(), ElementsAre("internalvlan 1006 et1", "internalvlan 1007 et7",
+                                             "internalvlan 1008 et1"));
+  EXPECT_THAT(trace.texts(),
+              ElementsAre("vornDmaRoutedPortSet: intfname et1: vlanid 1006 success",
+                          "vornDmaRoutedPortSet: intfname et7: vlanid 1007 device not found",
+                          "vornDmaRoutedPortSet: intfname et1: vlanid 1008 error:Operation not "
+                          "permitted"));
+  EXPECT_EQ(trace.lines()[0].level, 8);
+  EXPECT_EQ(trace.lines()[1].level, 0);
+  EXPECT_EQ(ring.messages()[0], "vornDmaRoutedPortSet ifname=et1.10, vlanid=1006");
+  // A name too long for the cut copy but without "." goes out whole.
+  std::string longName(100, 'x');
+  vornDmaRoutedPortSet(longName.c_str(), 5);
+  EXPECT_EQ(driver.commands().back(), "internalvlan 5 " + longName);
+}
+
+TEST_F(HostDevices, EncapVlanOfARoutedPort) {
+  ASSERT_EQ(vornDmaIfadd("et1", 5, 0, "", false, false, kMac), 0);
+  TraceCapture trace;
+  EXPECT_EQ(vornDmaRoutedPortEncapVlanMapSet("et1", 200), 0);
+  EXPECT_EQ(driver.host().interfaces.at("et1").encapVlan, 200u);
+  EXPECT_EQ(vornDmaRoutedPortEncapVlanMapSet("et9", 200), ENODEV);
+  EXPECT_THAT(
+      trace.texts(),
+      ElementsAre("vornDmaRoutedPortEncapVlanMapSet et1 200",
+                  "vornDmaRoutedPortEncapVlanMapSet et9 200",
+                  "vornDmaRoutedPortEncapVlanMapSet cmd: encapvlan_routedport et9 200 error "
+                  "No such device"));
+}
+
+TEST_F(HostDevices, IntfStateIsOnlyForSaiMode) {
+  EXPECT_EQ(vornDmaSetIntfState("et1", true), 0);
+  EXPECT_THAT(driver.commands(), IsEmpty());
+}
+
+TEST_F(HostDevices, SimulationTouchesNothing) {
+  ScopedEnv on("SIMULATION_VMID", "");
+  unsigned flags = 42;
+  EXPECT_EQ(vornDmaIfadd("et1", 5, 0, "", false, false, kMac), 0);
+  EXPECT_EQ(vornDmaIfadd("et1", 5, 0, "", true, true, kMac), 0);
+  EXPECT_EQ(vornDmaIfdel("et1"), 0);
+  EXPECT_EQ(vornDmaIfPortUpdate("et1", 1), 0);
+  EXPECT_EQ(vornDmaSetIntfState("et1", true), 0);
+  EXPECT_EQ(vornDmaNativeVlan("et1", true, 1), 0);
+  EXPECT_EQ(vornDmaVlanVsiAdd("et1", 1, 2, 0, 3), 0);
+  EXPECT_EQ(vornDmaVlanVsiDel("et1", 1, 2, 0), 0);
+  EXPECT_EQ(vornDmaRoutedPortSet("et1", 1), 0);
+  EXPECT_EQ(vornDmaRoutedPortEncapVlanMapSet("et1", 1), 0);
+  EXPECT_EQ(vornDmaIfFlags("et1", &flags), 0);
+  EXPECT_EQ(flags, 42u);
+  EXPECT_THAT(driver.commands(), IsEmpty());
+  EXPECT_THAT(tc.lines(), IsEmpty());
+}
+
+// The setup socket is cached per process: a failure to open it is tried in a
+// child, which also sees that the next device tries again.
+TEST_F(HostDevices, SocketFailureIsReturnedAndRetriedNextTime) {
+  EXPECT_EXIT(
+      {
+        bool ok = true;
+        TraceCapture trace;
+        driver.socketFailsNext(EMFILE);
+        CHILD_CHECK(ok, vornDmaIfadd("et1", 5, 0, "", false, false, kMac) == EMFILE);
+        CHILD_CHECK(ok, trace.texts().back() == "setupIntf socket error Too many open files");
+        CHILD_CHECK(ok, tc.lines().empty());
+        CHILD_CHECK(ok, vornDmaIfadd("et2", 6, 0, "", false, false, kMac) == 0);
+        CHILD_CHECK(ok, isUp("et2"));
+        std::_Exit(ok ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+TEST_F(HostDevices, SaiModeIfadd) {
+  EXPECT_IN_SAI_MODE([&] {
+    bool ok = true;
+    CHILD_CHECK(ok, vornDmaIfadd("et1", 5, 0, "eth1", false, false, kMac) == 0);
+    CHILD_CHECK(ok, vornDmaIfadd("et2", 6, 0, "", false, false, kMac) == 0);
+    // A hardware LAG lives in the host namespace only: no command, setup only.
+    driver.hostNetdevIs("PortChannel1");
+    CHILD_CHECK(ok, vornDmaIfadd("PortChannel1", 0x8001, 0, "", false, true, kMac) == 0);
+    CHILD_CHECK(ok, driver.commands() == std::vector<std::string>(
+                                             {"ifadd et1 5 0 eth1 02:00:00:aa:bb:cc internallag",
+                                              "ifadd et2 6 0 internallag"}));
+    CHILD_CHECK(ok,
+                driver.host().interfaces.at("et1").mac == Wirl::EthAddr(2, 0, 0, 0xaa, 0xbb, 0xcc));
+    CHILD_CHECK(ok, isUp("PortChannel1"));
+    CHILD_CHECK(ok, tc.lines().size() == 3 &&
+                        tc.lines()[2] == "/sbin/tc qdisc add dev PortChannel1 root handle 1: prio");
+    return ok;
+  });
+}
+
+TEST_F(HostDevices, SaiModeIfaddWithDeviceNameNeedsAMac) {
+  EXPECT_DEATH(
+      {
+        ::setenv("KRIX_MODE", "sai", 1);
+        vornDmaIfadd("et1", 5, 0, "eth1", false, false, nullptr);
+      },
+      "Assertion `macAddr' failed");
+}
+
+TEST_F(HostDevices, SaiModeIfdelKeepsPortChannels) {
+  EXPECT_IN_SAI_MODE([&] {
+    bool ok = true;
+    TraceCapture trace;
+    CHILD_CHECK(ok, vornDmaIfdel("PortChannel5") == 0);
+    CHILD_CHECK(ok, driver.commands().empty());
+    CHILD_CHECK(ok, trace.texts() == std::vector<std::string>(
+                                         {"vornDmaIfdel(): Not deleting port-channel PortChannel5 "
+                                          "in host namespace"}));
+    // Only the full word counts.
+    CHILD_CHECK(ok, vornDmaIfdel("PortChanne") == ENODEV);
+    CHILD_CHECK(ok, driver.commands() == std::vector<std::string>({"ifdel PortChanne"}));
+    return ok;
+  });
+}
+
+TEST_F(HostDevices, SaiModeIntfState) {
+  EXPECT_IN_SAI_MODE([&] {
+    bool ok = true;
+    vornDmaIfadd("et1", 5, 0, "", false, false, kMac);
+    TraceCapture trace;
+    CHILD_CHECK(ok, vornDmaSetIntfState("et1", true) == 0);
+    CHILD_CHECK(ok, driver.host().interfaces.at("et1").up == true);
+    CHILD_CHECK(ok, vornDmaSetIntfState("et1", false) == 0);
+    CHILD_CHECK(ok, driver.commands().back() == "ifstate et1 down");
+    CHILD_CHECK(ok, vornDmaSetIntfState("et9", true) == ENODEV);
+    CHILD_CHECK(ok, trace.texts().empty());  // a missing device is not traced
+    driver.answerNext("ifstate", EIO);
+    CHILD_CHECK(ok, vornDmaSetIntfState("et1", true) == EIO);
+    CHILD_CHECK(ok, trace.texts() ==
+                        std::vector<std::string>({"vornDmaSetIntfState cmd: ifstate et1 up error "
+                                                  "Input/output error"}));
+    return ok;
+  });
+}
+
+}  // namespace

@@ -1,0 +1,160 @@
+// Host devices for real: in a network namespace of its own, the emulated
+// driver makes a TAP device for each new port, and the library sets its MAC
+// address and up flag through the kernel and runs the real /sbin/tc.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <linux/if_tun.h>
+#include <net/if.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "Vorn/VornDma.h"
+#include "emu/FabricDriver.h"
+#include "support/Support.h"
+#include "tests/Vorn/HostTestSupport.h"
+
+using namespace Hardware::Vorn;
+using VornTest::TraceCapture;
+
+namespace {
+
+constexpr const char kTc[] = "/sbin/tc";
+
+// Enters a network namespace of its own (with a user namespace when not
+// root); 0 or the errno.
+int enterOwnNetworkNamespace() {
+  int flags = CLONE_NEWNET | (geteuid() == 0 ? 0 : CLONE_NEWUSER);
+  return unshare(flags) == 0 ? 0 : errno;
+}
+
+// Why real host devices cannot be made here, or "" when they can: tried in a
+// child so that this process keeps its namespace.
+std::string whyNoRealHostDevices() {
+  if (access(kTc, X_OK) != 0) return std::string(kTc) + " is not there";
+  pid_t pid = fork();
+  if (pid == 0) {
+    if (enterOwnNetworkNamespace() != 0) _exit(1);
+    int fd = open("/dev/net/tun", O_RDWR);
+    if (fd < 0) _exit(2);
+    ifreq req{};
+    std::strcpy(req.ifr_name, "probe0");
+    req.ifr_flags = IFF_TAP | IFF_NO_PI;
+    _exit(ioctl(fd, TUNSETIFF, &req) == 0 ? 0 : 3);
+  }
+  int status = 0;
+  if (pid < 0 || waitpid(pid, &status, 0) != pid || !WIFEXITED(status)) return "fork failed";
+  switch (WEXITSTATUS(status)) {
+    case 0:
+      return "";
+    case 1:
+      return "unshare(CLONE_NEWNET) is not permitted";
+    case 2:
+      return "/dev/net/tun cannot be opened";
+    default:
+      return "TUNSETIFF is not permitted";
+  }
+}
+
+// The kernel's view of a netdevice, asked through a socket of our own.
+struct KernelView {
+  int error = 0;  // of the first failed request
+  unsigned char mac[6] = {};
+  short flags = 0;
+};
+
+KernelView askKernel(const char* name) {
+  KernelView view;
+  int sock = socket(AF_INET, SOCK_DGRAM, 0);
+  ifreq req{};
+  std::snprintf(req.ifr_name, sizeof req.ifr_name, "%s", name);
+  if (ioctl(sock, SIOCGIFHWADDR, &req) != 0) view.error = errno;
+  std::memcpy(view.mac, req.ifr_hwaddr.sa_data, 6);
+  if (!view.error && ioctl(sock, SIOCGIFFLAGS, &req) != 0) view.error = errno;
+  view.flags = req.ifr_flags;
+  close(sock);
+  return view;
+}
+
+// The root qdisc of `name` as tc shows it.
+std::string rootQdisc(const char* name) {
+  std::string cmd = std::string(kTc) + " qdisc show dev " + name;
+  std::string out;
+  if (FILE* p = popen(cmd.c_str(), "r")) {
+    char line[256];
+    while (std::fgets(line, sizeof line, p)) out += line;
+    pclose(p);
+  }
+  return out;
+}
+
+// Runs tc as Zell does, but with a qdisc kind no kernel has.
+int runWithUnknownQdisc(const char* command, void*) {
+  std::string line(command);
+  line.replace(line.rfind("prio"), 4, "nosuchqdisc");
+  int status = std::system((line + " 2>/dev/null").c_str());
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+// The child's part: everything in a network namespace of its own. Returns
+// whether every check held; failures are written to standard error.
+bool portsInOwnNamespace() {
+  bool ok = true;
+  CHILD_CHECK(ok, enterOwnNetworkNamespace() == 0);
+  ::unsetenv("SIMULATION_VMID");
+  Emu::FabricDriver driver;
+  driver.realHostDevicesIs(true);
+  TraceCapture trace;
+
+  // The real tc: its exit status is the answer. Whether this kernel has
+  // the prio qdisc decides which one.
+  int rc = vornDmaIfadd("et1", 5, 0, "", false, false, "02:00:00:aa:bb:cc");
+  KernelView et1 = askKernel("et1");
+  CHILD_CHECK(ok, et1.error == 0);
+  const unsigned char mac[6] = {2, 0, 0, 0xaa, 0xbb, 0xcc};
+  CHILD_CHECK(ok, std::memcmp(et1.mac, mac, 6) == 0);
+  CHILD_CHECK(ok, et1.flags & IFF_UP);
+  bool hasPrio = rootQdisc("et1").find("qdisc prio 1:") != std::string::npos;
+  CHILD_CHECK(ok, hasPrio ? rc == 0 : rc > 0);
+  unsigned flags = 0;
+  CHILD_CHECK(ok, vornDmaIfFlags("et1", &flags) == 0 && (flags & IFF_UP));
+
+  // tc runs and fails: its status is returned, untraced, after the MAC
+  // and the up flag are set.
+  Zell::runnerIs(runWithUnknownQdisc, nullptr);
+  rc = vornDmaIfadd("et2", 6, 0, "", false, false, "02:00:00:00:00:02");
+  Zell::runnerIs(nullptr, nullptr);
+  CHILD_CHECK(ok, rc > 0);
+  for (const std::string& line : trace.texts())
+    CHILD_CHECK(ok, line.find("Failed to add prio qdisc") == std::string::npos);
+  KernelView et2 = askKernel("et2");
+  CHILD_CHECK(ok, et2.error == 0 && et2.mac[5] == 2 && (et2.flags & IFF_UP));
+
+  // A device the kernel refuses: setup stops at the MAC address.
+  CHILD_CHECK(ok,
+              vornDmaIfadd("et3", 7, 0, "", false, false, "01:00:00:00:00:03") == EADDRNOTAVAIL);
+  CHILD_CHECK(ok, !(askKernel("et3").flags & IFF_UP));
+  CHILD_CHECK(
+      ok, trace.texts().back() == "setupIntf SIOCSIFHWADDR error Cannot assign requested address");
+
+  // Deleting the port removes the device from the kernel.
+  CHILD_CHECK(ok, vornDmaIfdel("et1") == 0);
+  CHILD_CHECK(ok, askKernel("et1").error == ENODEV);
+  CHILD_CHECK(ok, vornDmaIfFlags("et1", &flags) == ENODEV);
+  return ok;
+}
+
+TEST(HostNamespace, NewPortsGetTheirMacUpFlagAndQdiscFromTheKernel) {
+  std::string why = whyNoRealHostDevices();
+  if (!why.empty()) GTEST_SKIP() << "no real host devices here: " << why;
+  EXPECT_EXIT(std::_Exit(portsInOwnNamespace() ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
+}  // namespace

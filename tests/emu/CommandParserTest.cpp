@@ -1,0 +1,89 @@
+// The emulator's command parsing, on well-formed and hostile buffers.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "emu/Command.h"
+#include "emu/FabricDriver.h"
+
+namespace {
+
+TEST(CommandParser, SplitsAtSingleBlanksKeepingEmptyTokens) {
+  const char buf[] = "ifadd et1 5 0 ";
+  Emu::Command c;
+  ASSERT_TRUE(Emu::parseCommand(buf, sizeof buf, c));
+  EXPECT_EQ(c.keyword, "ifadd");
+  ASSERT_EQ(c.argc, 4u);
+  EXPECT_EQ(c.args[0], "et1");
+  EXPECT_EQ(c.args[3], "");
+}
+
+TEST(CommandParser, RefusesWhatIsNotACommand) {
+  Emu::Command c;
+  const char unterminated[4] = {'a', 'b', 'c', 'd'};
+  EXPECT_FALSE(Emu::parseCommand(unterminated, sizeof unterminated, c));
+  EXPECT_FALSE(Emu::parseCommand("", 1, c));
+  EXPECT_FALSE(Emu::parseCommand(" lead", 6, c));
+  EXPECT_FALSE(Emu::parseCommand(nullptr, 10, c));
+  std::string many = "k";
+  for (int i = 0; i < 17; ++i) many += " a";
+  EXPECT_FALSE(Emu::parseCommand(many.c_str(), many.size() + 1, c));
+}
+
+TEST(CommandParser, NumbersMustBeWholeTokens) {
+  unsigned long long u;
+  long long s;
+  EXPECT_TRUE(Emu::parseUnsigned("4294967295", u));
+  EXPECT_EQ(u, 4294967295u);
+  EXPECT_FALSE(Emu::parseUnsigned("12x", u));
+  EXPECT_FALSE(Emu::parseUnsigned("", u));
+  EXPECT_FALSE(Emu::parseUnsigned("-1", u));
+  EXPECT_TRUE(Emu::parseUnsigned("88b5", u, 16));
+  EXPECT_EQ(u, 0x88b5u);
+  EXPECT_TRUE(Emu::parseSigned("-7", s));
+  EXPECT_EQ(s, -7);
+}
+
+TEST(FabricDriver, UnknownKeywordsAndWrongSizesAreRefused) {
+  Emu::FabricDriver driver;
+  char a[256] = "nosuchcommand 1";
+  EXPECT_EQ(driver.command(a, 256), EINVAL);
+  char b[256] = "mpcmode maybe";
+  EXPECT_EQ(driver.command(b, 256), EINVAL);
+  char c[96] = "mpcmode on";
+  EXPECT_EQ(driver.command(c, 96), EINVAL);
+  EXPECT_EQ(driver.answers(), (std::vector<int>{EINVAL, EINVAL, EINVAL}));
+}
+
+TEST(FabricDriver, ScriptedAnswersCountDownPerKeyword) {
+  Emu::FabricDriver driver;
+  driver.answerNext("mpcmode", EIO, 2);
+  char on[256] = "mpcmode on";
+  EXPECT_EQ(driver.command(on, 256), EIO);
+  EXPECT_FALSE(driver.devices().mpcMode);  // an answered command has no effect
+  char state[256] = "devstate fap0 up";
+  EXPECT_EQ(driver.command(state, 256), ENODEV);  // other keywords unaffected
+  EXPECT_EQ(driver.command(on, 256), EIO);
+  EXPECT_EQ(driver.command(on, 256), 0);
+  EXPECT_TRUE(driver.devices().mpcMode);
+}
+
+TEST(FabricDriver, NamesAreUniqueAndParametersSetOnce) {
+  Emu::FabricDriver driver;
+  driver.pciDevicePresentIs("0000:03:00.0");
+  char n1[256] = "devname fap0 0000:03:00.0";
+  char n2[256] = "devname fap1 0000:03:00.0";
+  char n3[256] = "devname fap2 0000:09:00.0";
+  EXPECT_EQ(driver.command(n1, 256), 0);
+  EXPECT_EQ(driver.command(n1, 256), EEXIST);
+  EXPECT_EQ(driver.command(n2, 256), EEXIST);
+  EXPECT_EQ(driver.command(n3, 256), ENODEV);
+  char p[256] = "devparams fap0 2 1 1 2 3 4 5 6";
+  EXPECT_EQ(driver.command(p, 256), 0);
+  EXPECT_EQ(driver.command(p, 256), EBUSY);
+  char bad[256] = "devparams fap0 2 1 1 2 3 4 5";
+  EXPECT_EQ(driver.command(bad, 256), EINVAL);
+}
+
+}  // namespace

@@ -1,0 +1,93 @@
+// The emulated host side: datagram sockets and the netdevice requests on them.
+#include <gtest/gtest.h>
+#include <net/if.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "Kernel/Kernel.h"
+#include "emu/FabricDriver.h"
+#include "emu/HostSockets.h"
+
+namespace {
+
+ifreq requestFor(const char* name) {
+  ifreq req{};
+  std::snprintf(req.ifr_name, sizeof req.ifr_name, "%s", name);
+  return req;
+}
+
+TEST(HostSockets, RequestsActOnTheEmulatedNetdevices) {
+  Emu::FabricDriver driver;
+  driver.hostNetdevIs("et1");
+  int sock = Kernel::socket(AF_INET, SOCK_DGRAM, 0);
+  ASSERT_TRUE(Emu::hostsock::isSocketFd(sock));
+
+  ifreq req = requestFor("et1");
+  req.ifr_hwaddr.sa_family = 1;
+  const char mac[6] = {2, 0, 0, 0x11, 0x22, 0x33};
+  std::memcpy(req.ifr_hwaddr.sa_data, mac, 6);
+  ASSERT_EQ(Kernel::ioctl(sock, SIOCSIFHWADDR, &req), 0);
+  ifreq got = requestFor("et1");
+  ASSERT_EQ(Kernel::ioctl(sock, SIOCGIFHWADDR, &got), 0);
+  EXPECT_EQ(std::memcmp(got.ifr_hwaddr.sa_data, mac, 6), 0);
+
+  req.ifr_flags = IFF_UP | IFF_BROADCAST;
+  ASSERT_EQ(Kernel::ioctl(sock, SIOCSIFFLAGS, &req), 0);
+  ASSERT_EQ(Kernel::ioctl(sock, SIOCGIFFLAGS, &got), 0);
+  EXPECT_EQ(got.ifr_flags, IFF_UP | IFF_BROADCAST);
+
+  // An unknown device, a foreign address family, an unknown request.
+  ifreq other = requestFor("et9");
+  EXPECT_EQ(Kernel::ioctl(sock, SIOCGIFFLAGS, &other), -1);
+  EXPECT_EQ(errno, ENODEV);
+  req.ifr_hwaddr.sa_family = 772;  // loopback
+  EXPECT_EQ(Kernel::ioctl(sock, SIOCSIFHWADDR, &req), -1);
+  EXPECT_EQ(errno, EINVAL);
+  EXPECT_EQ(Kernel::ioctl(sock, SIOCGIFINDEX, &got), -1);
+  EXPECT_EQ(errno, ENOTTY);
+
+  EXPECT_EQ(Kernel::close(sock), 0);
+  EXPECT_EQ(Kernel::ioctl(sock, SIOCGIFFLAGS, &got), -1);
+  EXPECT_EQ(errno, EBADF);
+}
+
+TEST(HostSockets, ScriptedFailuresAndSocketsOfOtherKindsGoToLinux) {
+  Emu::FabricDriver driver;
+  driver.hostNetdevIs("et1");
+  driver.socketFailsNext(ENFILE);
+  EXPECT_EQ(Kernel::socket(AF_INET, SOCK_DGRAM, 0), -1);
+  EXPECT_EQ(errno, ENFILE);
+  int sock = Kernel::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  ASSERT_TRUE(Emu::hostsock::isSocketFd(sock));
+  driver.hostRequestFailsNext(SIOCGIFFLAGS, EPERM, 2);
+  ifreq req = requestFor("et1");
+  EXPECT_EQ(Kernel::ioctl(sock, SIOCGIFFLAGS, &req), -1);
+  EXPECT_EQ(Kernel::ioctl(sock, SIOCGIFFLAGS, &req), -1);
+  EXPECT_EQ(errno, EPERM);
+  EXPECT_EQ(Kernel::ioctl(sock, SIOCGIFFLAGS, &req), 0);
+  Kernel::close(sock);
+
+  int local = Kernel::socket(AF_UNIX, SOCK_DGRAM, 0);
+  ASSERT_GE(local, 0);
+  EXPECT_FALSE(Emu::hostsock::isSocketFd(local));
+  Kernel::close(local);
+}
+
+TEST(HostSockets, AnEmulatedSocketOutlivesItsDriver) {
+  int sock;
+  {
+    Emu::FabricDriver first;
+    sock = Kernel::socket(AF_INET, SOCK_DGRAM, 0);
+  }
+  Emu::FabricDriver second;
+  second.hostNetdevIs("et1");
+  ifreq req = requestFor("et1");
+  EXPECT_EQ(Kernel::ioctl(sock, SIOCGIFFLAGS, &req), 0);
+  Kernel::close(sock);
+}
+
+}  // namespace

@@ -1,0 +1,117 @@
+// Identifier types of the chip type library: nulls, range texts, CPU TM ports.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "HardwareVorn/Destination.h"
+#include "HardwareVorn/EgqProfile.h"
+#include "HardwareVorn/FapRevMajorList.h"
+#include "HardwareVorn/Ids.h"
+#include "Regpath/Fapmask.h"
+
+using namespace Hardware::Vorn;
+using testing::ElementsAre;
+using testing::Pair;
+
+namespace {
+
+// T accepts null() and throws its text one above.
+template <typename T>
+void expectBound(unsigned long long null, const char* text) {
+  EXPECT_EQ(static_cast<unsigned long long>(T().value()), null) << text;
+  EXPECT_EQ(static_cast<unsigned long long>(T(static_cast<typename T::ValueType>(null)).value()),
+            null);
+  try {
+    T(static_cast<typename T::ValueType>(null + 1));
+    ADD_FAILURE() << "no exception for " << text;
+  } catch (const Mox::RangeException& e) {
+    EXPECT_STREQ(e.what(), text);
+  }
+}
+
+TEST(Ids, NullsAndRangeTexts) {
+  expectBound<FapId>(2048, "FapId::value < FapId::min or > FapId::null not allowed");
+  expectBound<Regpath::FapId>(128, "FapId::value < FapId::min or > FapId::null not allowed");
+  expectBound<SystemCoreId>(
+      2048, "SystemCoreId::value < SystemCoreId::min or > SystemCoreId::null not allowed");
+  expectBound<LocalCoreId>(
+      4, "LocalCoreId::value < LocalCoreId::min or > LocalCoreId::null not allowed");
+  expectBound<LocalTcamId>(
+      4, "LocalTcamId::value < LocalTcamId::min or > LocalTcamId::null not allowed");
+  expectBound<SystemTcamId>(
+      2048, "SystemTcamId::value < SystemTcamId::min or > SystemTcamId::null not allowed");
+  expectBound<FapPortId>(256,
+                         "FapPortId::value < FapPortId::min or > FapPortId::null not allowed");
+  expectBound<SystemPhyPortId>(
+      16384,
+      "SystemPhyPortId::value < SystemPhyPortId::min or > SystemPhyPortId::null not allowed");
+  expectBound<LagId>(1024, "LagId::value < LagId::min or > LagId::null not allowed");
+  expectBound<LagMemberId>(256,
+                           "LagMemberId::value < LagMemberId::min or > LagMemberId::null not "
+                           "allowed");
+}
+
+TEST(Ids, SystemPhyPortsStartAtTwo) {
+  EXPECT_EQ(SystemPhyPortId(2).value(), 2);
+  EXPECT_THROW(SystemPhyPortId(1), Mox::RangeException);
+  EXPECT_THROW(SystemPhyPortId(0), Mox::RangeException);
+  EXPECT_EQ(SystemPhyPortId::cpuTmMax(), 7);
+}
+
+TEST(Ids, CpuTmFapPorts) {
+  std::vector<U32> cpu;
+  for (U32 port = 0; port < FapPortId::null(); ++port)
+    if (FapPortId(port).isCpuTmPort()) cpu.push_back(port);
+  EXPECT_THAT(cpu, ElementsAre(0, 133, 134, 135, 136, 137));
+  EXPECT_EQ(cpu.size(), Constants::numCpuTms());
+  EXPECT_EQ(FapPortId::numCpuTmExtendeds(), 5u);
+  EXPECT_FALSE(FapPortId().isCpuTmPort());
+}
+
+TEST(Ids, VlanMulticastRange) {
+  EXPECT_EQ(MulticastId::vlanMulticastIdMin(), 1u);
+  EXPECT_EQ(MulticastId::vlanMulticastIdMax(), 4095u);
+}
+
+TEST(Destinations, DefaultsAndBound) {
+  DestinationId d;
+  EXPECT_EQ(d.destination, 0xFFFFu);
+  EXPECT_EQ(d.type, destinationTypeInvalid_);
+  d.destinationIs(DestinationId::destDrop);
+  EXPECT_EQ(d.destination, 2097152u);
+  EXPECT_THROW(d.destinationIs(DestinationId::destDrop + 1), Mox::RangeException);
+  EXPECT_EQ(d.destination, 2097152u);  // unchanged by the refused value
+  LagDestinationId l;
+  EXPECT_EQ(l.lagId, 0xFFFF);
+  EXPECT_EQ(l.destination, 0xFFFFu);
+  EXPECT_FALSE(l.isDestination);
+}
+
+TEST(RevisionList, AscendingWithAVersionThatMovesOnEveryChange) {
+  FapRevMajorList::Ptr list = fapRevMajorListFactory();
+  EXPECT_EQ(list->size(), 0u);
+  const U32 v0 = list->version();
+  list->fapRevMajorIs(fapRevMajor7, fapTypeJericho);
+  list->fapRevMajorIs(fapRevMajor2, fapTypePetra);
+  list->fapRevMajorIs(fapRevMajor4, fapTypeArad);
+  EXPECT_EQ(list->version(), v0 + 3);
+  EXPECT_THAT(std::vector(list->begin(), list->end()),
+              ElementsAre(Pair(fapRevMajor2, fapTypePetra), Pair(fapRevMajor4, fapTypeArad),
+                          Pair(fapRevMajor7, fapTypeJericho)));
+  EXPECT_EQ(list->after(fapRevMajor3)->first, fapRevMajor4);
+  EXPECT_EQ(list->after(fapRevMajor7), list->end());
+  list->fapRevMajorDel(fapRevMajor4);
+  EXPECT_EQ(list->version(), v0 + 4);
+  EXPECT_EQ(list->fapRevMajor(fapRevMajor4), nullptr);
+  ASSERT_NE(list->fapRevMajor(fapRevMajor2), nullptr);
+  EXPECT_EQ(*list->fapRevMajor(fapRevMajor2), fapTypePetra);
+}
+
+TEST(EgqProfiles, ThresholdProfileOfEachRevision) {
+  for (U32 rev = 0; rev <= 9; ++rev) {
+    EXPECT_EQ(EgqProfile::egrBufThresholdProfileForFapRevMajor(static_cast<FapRevMajor>(rev)),
+              rev >= 7 ? egressBufThresholdsProfile1 : egressBufThresholdsProfile0)
+        << rev;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,115 @@
+// The framework stand-ins the library leans on: strings, pointers, range
+// errors, trace handles and always-on assertions.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <thread>
+#include <vector>
+
+#include "HardwareVorn/Ids.h"
+#include "Mox/Assert.h"
+#include "Mox/Ptr.h"
+#include "Mox/RangeException.h"
+#include "Mox/String.h"
+#include "Mox/Trace.h"
+#include "support/Support.h"
+
+namespace {
+
+TEST(MoxString, SubstrAndPosNeverLeaveTheText) {
+  Mox::String s("Port-Channel10");
+  EXPECT_EQ(s.substr(0, 12), "Port-Channel");
+  EXPECT_EQ(s.substr(12), "10");
+  EXPECT_EQ(s.substr(12, 100), "10");
+  EXPECT_EQ(s.substr(14), "");
+  EXPECT_EQ(s.substr(99, 1), "");
+  EXPECT_EQ(Mox::String("po").substr(0, 12), "po");
+  EXPECT_EQ(s.pos("Channel"), 5);
+  EXPECT_EQ(s.pos("x"), -1);
+  EXPECT_EQ(s.pos('1', 13), -1);
+  EXPECT_EQ(Mox::String().charPtr()[0], '\0');
+  EXPECT_TRUE(Mox::String(nullptr).empty());
+}
+
+TEST(MoxString, CopiesShareAndSelfAssignmentIsSafe) {
+  Mox::String a("fap0");
+  Mox::String b = a;
+  EXPECT_EQ(a.charPtr(), b.charPtr());
+  Mox::String& alias = a;
+  a = alias;
+  EXPECT_EQ(a, "fap0");
+  EXPECT_EQ(Mox::format("po%d", -1), "po-1");
+  EXPECT_LT(Mox::String("a"), Mox::String("b"));
+}
+
+TEST(MoxString, FormatsLongTexts) {
+  std::string big(1000, 'x');
+  EXPECT_EQ(Mox::format("%s!", big.c_str()).bytes(), 1001u);
+}
+
+struct Counted : Mox::PtrInterface {
+  explicit Counted(int* alive) : alive(alive) { ++*alive; }
+  ~Counted() override { --*alive; }
+  int* alive;
+};
+
+TEST(MoxPtr, LastReferenceDeletesAcrossThreads) {
+  int alive = 0;
+  {
+    Mox::Ptr<Counted> p(new Counted(&alive));
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+      threads.emplace_back([p] {
+        for (int i = 0; i < 10000; ++i) Mox::Ptr<Counted const> q = p;
+      });
+    for (auto& t : threads) t.join();
+    EXPECT_EQ(p->references(), 1);
+    EXPECT_EQ(alive, 1);
+  }
+  EXPECT_EQ(alive, 0);
+}
+
+TEST(Ids, NullIsTheLargestValueAccepted) {
+  using Hardware::Vorn::FapId;
+  using Hardware::Vorn::LagId;
+  EXPECT_TRUE(FapId().isNull());
+  EXPECT_EQ(FapId(2048).value(), 2048);
+  try {
+    FapId(2049);
+    FAIL() << "no range exception";
+  } catch (const Mox::RangeException& e) {
+    EXPECT_STREQ(e.what(), "FapId::value < FapId::min or > FapId::null not allowed");
+  }
+  EXPECT_THROW(LagId(1025), Mox::RangeException);
+  EXPECT_EQ(LagId(1024), LagId());
+}
+
+TEST(MoxTrace, OnlyEnabledLevelsAreFormatted) {
+  Mox::TraceHandle& h = Mox::traceHandle("MoxTestHandle");
+  EXPECT_EQ(&h, &Mox::traceHandle("MoxTestHandle"));
+  VornTest::TraceCapture capture({});
+  h.levelIs(3, true);
+  MOX_TRACE(h, 3, "a", 1, ' ', true, Mox::String("s"));
+  MOX_TRACE(h, 8, "not written");
+  h.levelIs(3, false);
+  MOX_TRACE(h, 3, "not written either");
+  ASSERT_EQ(capture.lines().size(), 1u);
+  EXPECT_EQ(capture.lines()[0].text, "a1 1s");
+  EXPECT_EQ(capture.lines()[0].handle, "MoxTestHandle");
+}
+
+TEST(MoxAssertDeathTest, FailsInEveryBuildTypeInTheCLibraryFormat) {
+  EXPECT_DEATH(MOX_ASSERT_TEXT(1 + 1 == 3, "bits", "U8 f(Hardware::Vorn::FapType)"),
+               ": U8 f\\(Hardware::Vorn::FapType\\): Assertion `bits' failed.");
+  EXPECT_DEATH(MOX_ASSERT_AT(false, "!initialized()", "Vorn/EgressBufferSm.cpp", 62, "void g()"),
+               "Vorn/EgressBufferSm.cpp:62: void g\\(\\): Assertion `!initialized\\(\\)' failed.");
+  EXPECT_DEATH(
+      {
+        Mox::failedLine("false", "Incorrect fapName ", Mox::String("Xyz1/0"));
+        MOX_ASSERT_TEXT(false, "\"false\" == nullptr", "f");
+      },
+      "^Failed\\(false\\) Incorrect fapName Xyz1/0\n.*Assertion `\"false\" == nullptr' failed");
+}
+
+}  // namespace

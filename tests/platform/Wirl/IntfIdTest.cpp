@@ -1,0 +1,128 @@
+// Interface ids: parsing every kind, rejected names, renderings and the kind
+// tests.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <unordered_set>
+
+#include "Wirl/IntfId.h"
+
+using Wirl::IntfId;
+using Kind = Wirl::IntfId::Kind;
+
+namespace {
+
+TEST(IntfId, ParsesEveryKind) {
+  struct Row {
+    const char* name;
+    Kind kind;
+    const char* shortName;
+    U16 module;
+    U16 subIntf;
+  };
+  const Row rows[] = {
+      {"Ethernet3", Kind::ethernet, "Et3", 0, 0},
+      {"Ethernet3/1", Kind::ethernet, "Et3/1", 0, 0},
+      {"Ethernet3/1/2", Kind::ethernet, "Et3/1/2", 3, 0},
+      {"Ethernet3.100", Kind::ethernet, "Et3.100", 0, 100},
+      {"Ethernet12/1/2.7", Kind::ethernet, "Et12/1/2.7", 12, 7},
+      {"Port-Channel5", Kind::portChannel, "Po5", 0, 0},
+      {"Port-Channel5.100", Kind::portChannel, "Po5.100", 0, 100},
+      {"Vlan10", Kind::vlan, "Vl10", 0, 0},
+      {"Vlan4094", Kind::vlan, "Vl4094", 0, 0},
+      {"Loopback0", Kind::loopback, "Lo0", 0, 0},
+      {"Management1", Kind::management, "Ma1", 0, 0},
+      {"Management1/1", Kind::management, "Ma1/1", 0, 0},
+      {"Vxlan1", Kind::vxlanTunnel, "Vx1", 0, 0},
+      {"Ethernet0", Kind::ethernet, "Et0", 0, 0},
+      {"Ethernet65535.65535", Kind::ethernet, "Et65535.65535", 0, 65535},
+  };
+  for (const Row& row : rows) {
+    const IntfId id(row.name);
+    EXPECT_EQ(id.kind(), row.kind) << row.name;
+    EXPECT_EQ(id.stringValue(), row.name);
+    EXPECT_EQ(id.shortName(), row.shortName) << row.name;
+    EXPECT_EQ(Wirl::EthIntfId::module(id), row.module) << row.name;
+    EXPECT_EQ(id.subIntf(), row.subIntf) << row.name;
+    EXPECT_FALSE(id.empty());
+  }
+}
+
+TEST(IntfId, RejectsWhatIsNoInterfaceName) {
+  for (const char* name :
+       {"Ethernet", "Ethernet/1", "Ethernet3/", "Ethernet3/1/2/4", "Ethernet03", "Ethernet3.",
+        "Ethernet3.0", "Ethernet3.65536", "Ethernet65536", "Ethernet3x", "ethernet3", "Et3",
+        "Port-Channel", "Port-Channel5/1", "Port-Channel5.1.2", "Vlan0", "Vlan4095", "Vlan10.1",
+        "Loopback0.1", "Management1/1/1", "Vxlan", "Vxlan1.5", "Tunnel1", "po5", " Ethernet3",
+        "Ethernet3 ", "Ethernet1234567"}) {
+    EXPECT_THROW(IntfId{name}, Wirl::InvalidIntfName) << name;
+  }
+  try {
+    IntfId bad("Bogus7");
+    FAIL();
+  } catch (const Wirl::InvalidIntfName& e) {
+    EXPECT_STREQ(e.what(), "invalid interface name: \"Bogus7\"");
+  }
+}
+
+TEST(IntfId, EmptyId) {
+  const IntfId none;
+  EXPECT_TRUE(none.empty());
+  EXPECT_EQ(none, IntfId(""));
+  EXPECT_EQ(none.stringValue(), "");
+  EXPECT_EQ(none.shortName(), "");
+  EXPECT_FALSE(Wirl::EthIntfId::isEthIntfId(none));
+  EXPECT_FALSE(Wirl::SubIntfId::isSubIntfId(none));
+  EXPECT_EQ(Wirl::intfDeviceName(none), "");
+}
+
+TEST(IntfId, KindTestsCoverSubInterfaces) {
+  const IntfId eth("Ethernet3/1.100"), po("Port-Channel5.100");
+  EXPECT_TRUE(Wirl::EthIntfId::isEthIntfId(eth));
+  EXPECT_TRUE(Wirl::SubIntfId::isSubIntfId(eth));
+  EXPECT_EQ(Wirl::SubIntfId::parentIntfId(eth), IntfId("Ethernet3/1"));
+  EXPECT_EQ(Wirl::EthIntfId::subIntf(eth), 100);
+  EXPECT_TRUE(Wirl::PortChannelIntfId::isPortChannelIntfId(po));
+  EXPECT_EQ(Wirl::SubIntfId::parentIntfId(po), IntfId("Port-Channel5"));
+  EXPECT_EQ(Wirl::PortChannelIntfId::subIntf(po), 100);
+  EXPECT_FALSE(Wirl::SubIntfId::isSubIntfId(IntfId("Port-Channel5")));
+  EXPECT_EQ(Wirl::SubIntfId::parentIntfId(IntfId("Port-Channel5")), IntfId("Port-Channel5"));
+
+  const IntfId vx("Vxlan1"), lo("Loopback2"), ma("Management1"), vl("Vlan5");
+  EXPECT_TRUE(Wirl::VxlanTunnelIntfId::isVxlanTunnelIntfId(vx));
+  EXPECT_TRUE(Wirl::LoopbackIntfId::isLoopbackIntfId(lo));
+  EXPECT_TRUE(Wirl::MgmtIntfId::isMgmtIntfId(ma));
+  EXPECT_TRUE(Wirl::VlanIntfId::isVlanIntfId(vl));
+  for (const IntfId& id : {vx, lo, ma, vl}) {
+    EXPECT_FALSE(Wirl::EthIntfId::isEthIntfId(id)) << id;
+    EXPECT_FALSE(Wirl::PortChannelIntfId::isPortChannelIntfId(id)) << id;
+  }
+  EXPECT_FALSE(Wirl::VlanIntfId::isVlanIntfId(vx));
+}
+
+TEST(IntfId, DeviceNames) {
+  EXPECT_EQ(Wirl::intfDeviceName(IntfId("Ethernet3/1")), "et3_1");
+  EXPECT_EQ(Wirl::intfDeviceName(IntfId("Ethernet3/1/2")), "et3_1_2");
+  EXPECT_EQ(Wirl::intfDeviceName(IntfId("Ethernet7")), "et7");
+  EXPECT_EQ(Wirl::intfDeviceName(IntfId("Ethernet3/1.100")), "et3_1.100");
+  EXPECT_EQ(Wirl::intfDeviceName(IntfId("Port-Channel5")), "po5");
+  EXPECT_EQ(Wirl::intfDeviceName(IntfId("Port-Channel5.100")), "po5.100");
+  EXPECT_EQ(Wirl::intfDeviceName(IntfId("Vlan5")), "");
+}
+
+TEST(IntfId, EqualityHashOrderAndStream) {
+  EXPECT_EQ(IntfId("Ethernet3"), IntfId(Mox::String("Ethernet3")));
+  EXPECT_NE(IntfId("Ethernet3"), IntfId("Ethernet3.1"));
+  EXPECT_EQ(IntfId("Ethernet3").hash(), IntfId("Ethernet3").hash());
+  EXPECT_NE(IntfId("Ethernet3").hash(), IntfId("Ethernet4").hash());
+  std::unordered_set<IntfId> set{IntfId("Ethernet3"), IntfId("Port-Channel5"), IntfId("Ethernet3")};
+  EXPECT_EQ(set.size(), 2u);
+  EXPECT_TRUE(set.count(IntfId("Port-Channel5")));
+  EXPECT_LT(IntfId("Ethernet3"), IntfId("Ethernet4"));
+  std::ostringstream os;
+  os << IntfId("Port-Channel5.100") << "|" << IntfId();
+  EXPECT_EQ(os.str(), "Port-Channel5.100|");
+}
+
+}  // namespace

@@ -1,0 +1,50 @@
+// vornctl: runs the library's jobs by hand — bring a system up against the
+// driver, read the driver's tables back, show the defaults the library
+// computes, convert identifiers.
+#include <cstdio>
+#include <map>
+#include <string>
+
+#include "vornctl/Commands.h"
+
+int main(int argc, char** argv) {
+  CLI::App app{"vornctl: the Vorn hardware-support library's jobs by hand"};
+  app.require_subcommand(1);
+  std::string driver = "auto";
+  bool json = false;
+  app.add_option("--driver", driver, "the driver: auto (the kernel's when /dev/fabric is present), kernel or emulated")
+      ->check(CLI::IsMember({"auto", "kernel", "emulated"}))
+      ->capture_default_str();
+  app.add_flag("--json", json, "one JSON document on standard output, for scripts");
+
+  vornctl::Action action;
+  vornctl::addBringup(app, action);
+  vornctl::addDevices(app, action);
+  vornctl::addTrace(app, action);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp& e) {
+    return app.exit(e);
+  } catch (const CLI::CallForAllHelp& e) {
+    return app.exit(e);
+  } catch (const CLI::ParseError& e) {
+    std::fprintf(stderr, "vornctl: %s\n", e.what());
+    return vornctl::kBadInput;
+  }
+
+  const std::map<std::string, vornctl::DriverChoice> choices = {
+      {"auto", vornctl::DriverChoice::kAuto},
+      {"kernel", vornctl::DriverChoice::kKernel},
+      {"emulated", vornctl::DriverChoice::kEmulated}};
+  vornctl::Context context(choices.at(driver), json);
+  try {
+    return action(context);
+  } catch (const vornctl::BadInput& e) {
+    std::fprintf(stderr, "vornctl: %s\n", e.what());
+    return vornctl::kBadInput;
+  } catch (const vornctl::Refusal& e) {
+    std::fprintf(stderr, "vornctl: %s\n", e.what());
+    return vornctl::kRefused;
+  }
+}
