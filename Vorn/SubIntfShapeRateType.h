@@ -31,13 +31,17 @@ class VORN_EXPORT ShapeRateSmState : public Mox::Entity {
   // The allocation tracker's record of this type (shapeRateSmStateFactory).
   static Mox::AllocTrackTypeInfo moxAllocTrackTypeInfo_;
 
+  // An entity named `name` with every flag false and no notifiees.
   explicit ShapeRateSmState(Mox::Name name);
   ~ShapeRateSmState() override;
 
+  // The flags: the shape-rate, anchor-interface, sub-interface and
+  // traffic-manager sub-interface state machines are ready.
   bool isShapeRateSmReady() const;
   bool isAnchorIntfSmReady() const;
   bool isVornSubIntfSmReady() const;
   bool isVornTmSubIntfSmReady() const;
+  // Setters: store and notify with the flag's id when the value changes.
   void isShapeRateSmReadyIs(bool ready);
   void isAnchorIntfSmReadyIs(bool ready);
   void isVornSubIntfSmReadyIs(bool ready);

@@ -31,7 +31,7 @@ struct CoppClassRow {
 
 constexpr std::nullopt_t blank = std::nullopt;
 
-// The class of every CPU traffic-manager port.
+// The class of every CPU traffic-manager port (its port member is not read).
 constexpr CoppClassRow kCpuTmPortClass = {
     0, "copp-system-default", 250, 2500, 1, 19, blank, blank, blank};
 

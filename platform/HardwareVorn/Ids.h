@@ -2,6 +2,7 @@
 #pragma once
 
 #include "HardwareVorn/BoundedId.h"
+#include "HardwareVorn/SystemPhyPortId.h"
 #include "Mox/Types.h"
 
 namespace Hardware::Vorn {
@@ -72,16 +73,6 @@ class FapPortId : public BoundedId<FapPortId, U32, 256> {
     return value() == 0 ||
            (value() >= cpuTmExtendedMin() && value() < cpuTmExtendedMin() + numCpuTmExtendeds());
   }
-};
-
-// A port number of the whole system. 0 and 1 are not ports; 2 to cpuTmMax()
-// are the CPU TM ports.
-class SystemPhyPortId : public BoundedId<SystemPhyPortId, U16, 16384, 2> {
- public:
-  using BoundedId::BoundedId;
-  static constexpr const char kRangeText[] =
-      "SystemPhyPortId::value < SystemPhyPortId::min or > SystemPhyPortId::null not allowed";
-  static constexpr U16 cpuTmMax() noexcept { return 7; }
 };
 
 // Multicast group ids; those of VLAN flooding are the VLAN ids themselves.

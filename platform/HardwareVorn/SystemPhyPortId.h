@@ -1,6 +1,6 @@
-// Hardware::Vorn::SystemPhyPortId: a system physical port of the forwarding
-// chips, 2 to 16383 (16384 is null). The CPU-bound traffic arrives on CPU
-// system ports:
+// Hardware::Vorn::SystemPhyPortId (also reached through HardwareVorn/Ids.h): a
+// system physical port of the forwarding chips, 2 to 16383 (16384 is null).
+// The CPU-bound traffic arrives on CPU system ports:
 //   - the CPU traffic-manager ports 2 to cpuTmMax() (7), one per CPU TM queue;
 //   - the trap ports from 12 up, one per kind of trapped traffic, some of
 //     which the chip configuration also reserves as special CPU ports (the

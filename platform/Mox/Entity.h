@@ -53,7 +53,9 @@ class Entity : public PtrInterface {
  public:
   explicit Entity(Name name) : name_(std::move(name)) {}
 
+  // The entity's name (a new reference on it).
   Name name() const { return name_; }
+  // The observers of this entity.
   NotifieeList& notifieeList() noexcept { return notifiees_; }
   // An entity has no reactors of its own: it only records the mark.
   void moxDoZombieReactors(bool zombie) noexcept override { moxMarkedForDeletionIs(zombie); }
@@ -81,9 +83,11 @@ class Dir : public Entity {
   // parent's full name, "/", its name.
   explicit Dir(Name name, String fullName = String());
 
+  // The path of the directory from the root ("/sys").
   String fullName() const { return fullName_; }
   // The entity named `name` in this directory, or null.
   Ptr<Entity> entity(const Name& name) const;
+  // How many entities the directory holds.
   std::size_t entities() const noexcept { return entities_.size(); }
 
   // Creates an entity of the registered type `typeName` (one whose generic

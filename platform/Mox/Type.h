@@ -48,8 +48,11 @@ class TypeRecord {
                        std::span<const ArgInfo> ctorArgs, Constructor construct) noexcept
       : name_(name), attrs_(attrs), ctorArgs_(ctorArgs), construct_(construct) {}
 
+  // The type's qualified name ("Hardware::Vorn::ShapeRateSmState").
   const char* name() const noexcept { return name_; }
+  // The attribute table, in the type's order.
   std::span<const AttrInfo> attrs() const noexcept { return attrs_; }
+  // The generic constructor's arguments, in order.
   std::span<const ArgInfo> ctorArgs() const noexcept { return ctorArgs_; }
   // The attribute row named `name` or carrying `id`; null when there is none.
   const AttrInfo* attr(const char* name) const noexcept;

@@ -16,15 +16,18 @@ namespace Pelo {
 
 class NextHopGroupInfo : public Mox::PtrInterface {
  public:
+  // The allocation tracker's record of this type (NextHopGroupInfoIs).
   static Mox::AllocTrackTypeInfo moxAllocTrackTypeInfo_;
 
   explicit NextHopGroupInfo(Mox::String name) : name_(std::move(name)) {}
 
+  // The group's name.
   const Mox::String& name() const noexcept { return name_; }
   // The destination at `index`; the empty destination when there is none.
   Routing::NexthopGroup::DestIpIntf destination(U32 index) const;
   void destinationIs(U32 index, const Routing::NexthopGroup::DestIpIntf& dest);
   void destinationDel(U32 index) { destinations_.erase(index); }
+  // How many destinations are set.
   std::size_t destinations() const noexcept { return destinations_.size(); }
 
  private:
