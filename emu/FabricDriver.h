@@ -21,6 +21,7 @@
 
 #include "Kernel/Kernel.h"
 #include "emu/DeviceState.h"
+#include "emu/SflowState.h"
 
 namespace Emu {
 
@@ -68,6 +69,10 @@ class FabricDriver {
   DeviceState& devices() { return devices_; }
   const DeviceState& devices() const { return devices_; }
 
+  // sFlow counters and drop threshold.
+  SflowState& sflow() { return sflow_; }
+  const SflowState& sflow() const { return sflow_; }
+
   // The table the driver forwards everything else to.
   const Kernel::Ops& next() const noexcept { return *next_; }
 
@@ -78,6 +83,7 @@ class FabricDriver {
 
   mutable std::recursive_mutex mutex_;
   DeviceState devices_;
+  SflowState sflow_;
   std::map<std::string, std::pair<int, unsigned>, std::less<>> scripted_;
   std::vector<std::string> log_;
   std::vector<int> answers_;

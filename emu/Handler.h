@@ -21,6 +21,7 @@ struct Handler {
 
 // The families' rows.
 std::span<const Handler> deviceHandlers();
+std::span<const Handler> sflowHandlers();
 
 // Every row of every family.
 std::span<const std::span<const Handler>> handlerFamilies();

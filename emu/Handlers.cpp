@@ -5,6 +5,7 @@ namespace Emu {
 std::span<const std::span<const Handler>> handlerFamilies() {
   static const std::span<const Handler> families[] = {
       deviceHandlers(),
+      sflowHandlers(),
   };
   return families;
 }
