@@ -12,6 +12,7 @@
 #include "Ringlog/MemoryFile.h"
 #include "Vorn/VornDma.h"
 #include "emu/FabricDriver.h"
+#include "support/AllocationCounter.h"
 #include "support/Support.h"
 
 using namespace Hardware::Vorn;
@@ -130,6 +131,31 @@ TEST_F(Sflow, SimulationSendsNothing) {
   vornDmaSflowSampleRateSet(4, 16, true, fapTypeArad);  // not even checked
   vornDmaDisableSflowDrops(fapTypeArad);
   EXPECT_THAT(driver.commands(), IsEmpty());
+}
+
+// The threshold commands are formatted on the stack and sent with one ioctl.
+TEST(SflowAllocation, ThresholdCommandsAllocateNothingWithTracingOff) {
+  static int ioctls = 0;
+  static const Kernel::Ops refusing = [] {
+    Kernel::Ops ops = Kernel::linuxOps();
+    ops.open = [](const char*, int) { return Emu::FabricDriver::kFabricFd; };
+    ops.ioctl = [](int, unsigned long, void*) {
+      ++ioctls;
+      errno = EINVAL;
+      return -1;
+    };
+    return ops;
+  }();
+  Kernel::ScopedOps scoped(&refusing);
+  ScopedEnv sim("SIMULATION_VMID", std::nullopt);
+  Mox::traceHandle("VornDma").allLevelsIs(false);
+  vornDmaDisableSflowDrops(fapTypeArad);  // first use: opens the device
+  ioctls = 0;
+  VornTest::AllocationScope scope;
+  vornDmaSflowSampleRateSet(16, 4, true, fapTypeArad);
+  vornDmaDisableSflowDrops(fapTypeArad);
+  EXPECT_EQ(scope.count(), 0u);
+  EXPECT_EQ(ioctls, 2);
 }
 
 // The dump copies the listing to standard error, whatever its length.
