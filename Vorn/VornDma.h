@@ -230,5 +230,52 @@ VORN_EXPORT int vornDmaLagConfigMapDel(const char* lagname);
 // range throws Mox::RangeException with the id type's text; a malformed line
 // inside a LAG section, or a config line before its LAG, ends the process.
 VORN_EXPORT VornDmaLags::Ptr vornDmaListLags();
+// Raw transmit and sFlow
+
+// Sends one raw frame of `len` payload bytes at `data` to destination
+// `destId` of the chip through the driver's "txraw" netdevice; `name` is the
+// target netdevice the driver hands the frame to. The payload is at most 183
+// bytes and the name at most 63 characters; more ends the process. Socket,
+// index, bind and write failures are traced, not returned. Simulation: nothing.
+VORN_EXPORT void vornDmaTxRaw(Mox::String name, U32 destId, unsigned len, unsigned char* data);
+
+// The driver's counts of sFlow samples received (resp. dropped). A refused
+// read ends the process; a reply that is not a number counts 0.
+// Simulation: 0.
+VORN_EXPORT U64 vornDmaRxSflowCount();
+VORN_EXPORT U64 vornDmaRxSflowDropCount();
+
+// Tells the driver which share of the hardware's sFlow samples to drop when
+// software samples 1 in `sampleRate` and the hardware 1 in `HwSampleRate`:
+// (sampleRate - HwSampleRate) / sampleRate of them, stretched over 32 bits,
+// or none unless `dropEnabled`. `sampleRate` below `HwSampleRate` ends the
+// process. Refusals are traced. Simulation: nothing.
+VORN_EXPORT void vornDmaSflowSampleRateSet(U32 sampleRate, U32 HwSampleRate, bool dropEnabled,
+                                           FapType fapType);
+// Sets the drop threshold of `fapType` chips to 0. Simulation: nothing.
+VORN_EXPORT void vornDmaDisableSflowDrops(FapType fapType);
+
+// Copies the driver's listing "/proc/vorn-dma" to standard error (debugging;
+// no simulation guard). Failures are reported with perror.
+VORN_EXPORT void vornDmaDump();
+
+// ---------------------------------------------------------------------------
+// Interrupt affinity
+
+// The CPU mask (bit n = CPU n) for the interrupts of a chip on linecard slot
+// `slot`: CPU 1 in small systems and for the lower half of the linecard slots
+// of a chassis of five or more, another CPU (2, or 3 when 2 is CPU 1's
+// hyper-thread sibling) for the upper half; CPU 0 on a one-CPU machine or when
+// CPU 1's topology cannot be read. Needs the SystemLimits singleton's FRU
+// configuration for chassis; an unparsable sibling mask ends the process.
+VORN_EXPORT U32 getIrqAffinityMask(U32 slot);
+
+// Writes `cpumask` (CPUs 0-7) into the affinity file of every MSI vector of
+// the PCI function behind `ham`. Returns 0 (also when it has no vectors),
+// -22 for a mask above 255, -1 when a file or directory fails; vectors set
+// before a failure keep their new mask. A null `ham` ends the process; an
+// MSI entry whose name is not a number throws std::invalid_argument or
+// std::out_of_range. Simulation: 0.
+VORN_EXPORT int vornDmaSetIrqAffinity(Fru::PciHam::PtrConst ham, U32 cpumask);
 
 }  // namespace Hardware::Vorn

@@ -30,6 +30,7 @@
 #include "emu/DeviceState.h"
 #include "emu/HostState.h"
 #include "emu/LagState.h"
+#include "emu/SflowState.h"
 
 namespace Emu {
 
@@ -111,6 +112,9 @@ class FabricDriver {
   // LAGs (see LagState.h for how the driver names and numbers them).
   LagState& lags() { return lags_; }
   const LagState& lags() const { return lags_; }
+  // sFlow counters and drop threshold.
+  SflowState& sflow() { return sflow_; }
+  const SflowState& sflow() const { return sflow_; }
 
   // The table the driver forwards everything else to.
   const Kernel::Ops& next() const noexcept { return *next_; }
@@ -129,6 +133,7 @@ class FabricDriver {
   bool tcEmulated_ = false;
   std::vector<std::string> tcCommands_;
   LagState lags_;
+  SflowState sflow_;
   std::map<std::string, std::pair<int, unsigned>, std::less<>> scripted_;
   std::vector<std::string> log_;
   std::vector<int> answers_;

@@ -25,6 +25,7 @@ std::span<const Handler> hostHandlers();
 std::span<const Handler> qosHandlers();
 std::span<const Handler> l3Handlers();
 std::span<const Handler> lagHandlers();
+std::span<const Handler> sflowHandlers();
 
 // Every row of every family.
 std::span<const std::span<const Handler>> handlerFamilies();

@@ -9,6 +9,7 @@ std::span<const std::span<const Handler>> handlerFamilies() {
       qosHandlers(),
       l3Handlers(),
       lagHandlers(),
+      sflowHandlers(),
   };
   return families;
 }

@@ -1,0 +1,227 @@
+// Interrupt affinity against a "/sys" and "/proc/irq" tree the tests build.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "HardwareVorn/SystemLimits.h"
+#include "Mox/Singleton.h"
+#include "Vorn/VornDma.h"
+#include "support/Support.h"
+#include "support/SysRoot.h"
+
+using namespace Hardware::Vorn;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using VornTest::ScopedEnv;
+using VornTest::SysRoot;
+using VornTest::TraceCapture;
+
+namespace {
+
+constexpr const char kSiblings[] = "/sys/devices/system/cpu/cpu1/topology/thread_siblings";
+constexpr const char kMsi[] = "/sys/bus/pci/drivers/kelvra-bde/0000:03:00.0/msi_irqs";
+
+std::string affinityFile(int irq) {
+  return "/proc/irq/" + std::to_string(irq) + "/smp_affinity";
+}
+
+class IrqAffinityMask : public testing::Test {
+ protected:
+  void SetUp() override { Mox::singletonDel<SystemLimits>(); }
+  void TearDown() override { Mox::singletonDel<SystemLimits>(); }
+  // A machine of `cpus` CPUs whose CPU 1 has the sibling list `siblings`, in
+  // a chassis with linecard slots min..max.
+  void machineIs(long cpus, const char* siblings, U32 min, U32 max) {
+    sys.onlineCpusIs(cpus);
+    sys.fileIs(kSiblings, siblings);
+    Mox::singletonIs<SystemLimits>()->sysFruConfigIs(Fru::SlotId(min), Fru::SlotId(max));
+  }
+  SysRoot sys;
+};
+
+TEST_F(IrqAffinityMask, OneCpuIsCpu0WithoutReadingTheTopology) {
+  sys.onlineCpusIs(1);
+  EXPECT_EQ(getIrqAffinityMask(9), 1u);
+  EXPECT_THAT(sys.opened(), IsEmpty());
+}
+
+TEST_F(IrqAffinityMask, TwoCpusAlwaysUseCpu1) {
+  for (const char* siblings : {"00000002\n", "00000003\n"}) {
+    machineIs(2, siblings, 1, 16);
+    for (U32 slot : {1u, 8u, 9u, 16u}) EXPECT_EQ(getIrqAffinityMask(slot), 2u) << siblings << slot;
+  }
+}
+
+TEST_F(IrqAffinityMask, LargeChassisSplitsItsSlotsBetweenCpu1AndAnother) {
+  // CPUs 1 and 2 share a core: the upper half moves to CPU 3.
+  machineIs(8, "00000006\n", 1, 16);
+  EXPECT_EQ(getIrqAffinityMask(8), 2u);
+  EXPECT_EQ(getIrqAffinityMask(9), 8u);
+  EXPECT_EQ(getIrqAffinityMask(16), 8u);
+  // CPU 1 shares its core with CPU 5: CPU 2 is free.
+  machineIs(8, "00000022\n", 1, 16);
+  EXPECT_EQ(getIrqAffinityMask(8), 2u);
+  EXPECT_EQ(getIrqAffinityMask(9), 4u);
+  // Slots 3..7: the upper half starts at 3 + 5/2 = 5.
+  machineIs(8, "00000022\n", 3, 7);
+  EXPECT_EQ(getIrqAffinityMask(4), 2u);
+  EXPECT_EQ(getIrqAffinityMask(5), 4u);
+}
+
+TEST_F(IrqAffinityMask, PairedSiblingsOnFewCpus) {
+  // Three CPUs: no CPU 3 to move to, back to CPU 1.
+  machineIs(3, "00000006\n", 1, 16);
+  EXPECT_EQ(getIrqAffinityMask(16), 2u);
+  machineIs(4, "00000006\n", 1, 16);
+  EXPECT_EQ(getIrqAffinityMask(16), 8u);
+  // Above 32 CPUs the sibling mask is not looked at.
+  machineIs(40, "00000006\n", 1, 16);
+  EXPECT_EQ(getIrqAffinityMask(16), 4u);
+}
+
+TEST_F(IrqAffinityMask, SmallChassisUseCpu1Only) {
+  machineIs(8, "00000006\n", 1, 4);
+  for (U32 slot = 0; slot <= 5; ++slot) EXPECT_EQ(getIrqAffinityMask(slot), 2u) << slot;
+  machineIs(8, "00000006\n", 1, 5);
+  EXPECT_EQ(getIrqAffinityMask(3), 8u);
+}
+
+TEST_F(IrqAffinityMask, SystemLimitsAreCreatedWhenMissingAndServeAsSmall) {
+  sys.onlineCpusIs(8);
+  sys.fileIs(kSiblings, "00000006\n");
+  EXPECT_EQ(getIrqAffinityMask(16), 2u);
+  EXPECT_TRUE(Mox::singletonExists<SystemLimits>());
+}
+
+TEST_F(IrqAffinityMask, UnreadableTopologyFallsBackToCpu0) {
+  machineIs(8, "00000006\n", 1, 16);
+  std::filesystem::remove(sys.path(kSiblings));
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(getIrqAffinityMask(16), 1u);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            std::string("getIrqAffinityMask: failed to open ") + kSiblings + " errno -1\n");
+
+  sys.fileIs(kSiblings, "");
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(getIrqAffinityMask(16), 1u);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            std::string("getIrqAffinityMask: failed to read ") + kSiblings + " rc 0\n");
+}
+
+TEST_F(IrqAffinityMask, UnparsableSiblingMaskEndsTheProcess) {
+  machineIs(8, "zz\n", 1, 16);
+  EXPECT_DEATH(getIrqAffinityMask(16), "getIrqAffinityMask\\(U32\\): Assertion `rc == 1' failed");
+}
+
+class IrqAffinitySet : public testing::Test {
+ protected:
+  // An MSI directory with the regular files `irqs` and an empty affinity
+  // file for each.
+  void vectorsIs(const std::vector<int>& irqs) {
+    sys.dirIs(kMsi);
+    for (int irq : irqs) {
+      sys.fileIs(std::string(kMsi) + "/" + std::to_string(irq), "");
+      sys.fileIs(affinityFile(irq), "");
+    }
+  }
+  // The MSI entries as the directory lists them.
+  std::vector<int> listed() const {
+    std::vector<int> out;
+    for (const auto& e : std::filesystem::directory_iterator(sys.path(kMsi)))
+      if (e.is_regular_file()) out.push_back(std::stoi(e.path().filename().string()));
+    return out;
+  }
+  Fru::PciHam::PtrConst ham = Fru::PciHam::pciHamIs({0, 3, 0, 0});
+  ScopedEnv sim{"SIMULATION_VMID", std::nullopt};
+  SysRoot sys;
+};
+
+TEST_F(IrqAffinitySet, WritesTheMaskInHexToEveryRegularEntry) {
+  vectorsIs({33, 34});
+  // Not vectors: a directory and a link.
+  sys.dirIs(std::string(kMsi) + "/power");
+  sys.symlinkIs(std::string(kMsi) + "/35", "33");
+  sys.fileIs(affinityFile(35), "");
+  TraceCapture trace;
+  EXPECT_EQ(vornDmaSetIrqAffinity(ham, 255), 0);
+  EXPECT_EQ(sys.file(affinityFile(33)), "ff");
+  EXPECT_EQ(sys.file(affinityFile(34)), "ff");
+  EXPECT_EQ(sys.file(affinityFile(35)), "");
+  EXPECT_THAT(trace.texts(), Contains("vornDmaSetIrqAffinity irq affinity cpumask set to  255 for "
+                                      "/proc/irq/33/smp_affinity rc 2"));
+  EXPECT_EQ(vornDmaSetIrqAffinity(ham, 0xa0), 0);
+  EXPECT_EQ(sys.file(affinityFile(34)), "a0");
+}
+
+TEST_F(IrqAffinitySet, MaskAbove255IsRefusedUntouched) {
+  vectorsIs({33});
+  TraceCapture trace;
+  EXPECT_EQ(vornDmaSetIrqAffinity(ham, 256), -22);
+  EXPECT_THAT(sys.opened(), IsEmpty());
+  EXPECT_THAT(trace.texts(), ElementsAre("vornDmaSetIrqAffinity256 not a valid cpumask"));
+}
+
+TEST_F(IrqAffinitySet, NoVectorsIsNothingToDo) {
+  sys.dirIs(kMsi);
+  sys.dirIs(std::string(kMsi) + "/power");
+  EXPECT_EQ(vornDmaSetIrqAffinity(ham, 2), 0);
+  EXPECT_THAT(sys.opened(), ElementsAre(kMsi));
+}
+
+TEST_F(IrqAffinitySet, MissingDirectoryOrAffinityFileFails) {
+  TraceCapture trace;
+  EXPECT_EQ(vornDmaSetIrqAffinity(ham, 2), -1);
+  EXPECT_THAT(trace.texts(), Contains(std::string("vornDmaSetIrqAffinity failed to open ") + kMsi +
+                                      " error No such file or directory"));
+  vectorsIs({40});
+  std::filesystem::remove(sys.path(affinityFile(40)));
+  EXPECT_EQ(vornDmaSetIrqAffinity(ham, 2), -1);
+  EXPECT_THAT(trace.texts(),
+              Contains("vornDmaSetIrqAffinity failed to open /proc/irq/40/smp_affinity"
+                       " error No such file or directory"));
+  EXPECT_EQ(vornDmaSetIrqAffinity(Fru::PciHam::pciHamWithoutDevice(), 2), -1);
+}
+
+TEST_F(IrqAffinitySet, EntriesThatAreNotNumbersThrow) {
+  vectorsIs({33});
+  sys.fileIs(std::string(kMsi) + "/msi", "");
+  EXPECT_THROW(vornDmaSetIrqAffinity(ham, 2), std::invalid_argument);
+  std::filesystem::remove(sys.path(std::string(kMsi) + "/msi"));
+  sys.fileIs(std::string(kMsi) + "/99999999999", "");
+  EXPECT_THROW(vornDmaSetIrqAffinity(ham, 2), std::out_of_range);
+}
+
+TEST_F(IrqAffinitySet, FailedWriteKeepsTheVectorsSetBeforeIt) {
+  vectorsIs({33, 34, 35});
+  const std::vector<int> order = listed();
+  ASSERT_EQ(order.size(), 3u);
+  // The second vector's file refuses writes.
+  std::filesystem::remove(sys.path(affinityFile(order[1])));
+  sys.symlinkIs(affinityFile(order[1]), "/dev/full");
+  TraceCapture trace;
+  EXPECT_EQ(vornDmaSetIrqAffinity(ham, 4), -1);
+  EXPECT_EQ(sys.file(affinityFile(order[0])), "4");
+  EXPECT_EQ(sys.file(affinityFile(order[2])), "");
+  EXPECT_THAT(trace.texts(), Contains("vornDmaSetIrqAffinity failed to write cpumask to" +
+                                      affinityFile(order[1]) + " error No space left on device"));
+}
+
+TEST_F(IrqAffinitySet, NullHandleEndsTheProcess) {
+  vectorsIs({33});
+  EXPECT_DEATH(vornDmaSetIrqAffinity(nullptr, 2),
+               "vornDmaSetIrqAffinity\\(Fru::PciHam::PtrConst, U32\\): Assertion `ham' failed");
+}
+
+TEST_F(IrqAffinitySet, SimulationTouchesNothing) {
+  ScopedEnv on("SIMULATION_VMID", "");
+  EXPECT_EQ(vornDmaSetIrqAffinity(ham, 256), 0);
+  EXPECT_EQ(vornDmaSetIrqAffinity(nullptr, 2), 0);
+  EXPECT_THAT(sys.opened(), IsEmpty());
+}
+
+}  // namespace
