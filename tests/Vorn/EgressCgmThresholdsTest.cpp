@@ -8,14 +8,13 @@
 
 using namespace Hardware::Vorn;
 using VornTest::EgressSystem;
+using VornTest::kP0;
+using VornTest::kP1;
 using VornTest::ScopedEgressChipTables;
 using VornTest::smAssertion;
 using VornTest::uniformTables;
 
 namespace {
-
-constexpr EgressBufThresholdsProfile kP0 = egressBufThresholdsProfile0;
-constexpr EgressBufThresholdsProfile kP1 = egressBufThresholdsProfile1;
 
 TEST(CgmThresholds, AnOddBufferTotalGivesMulticastTheOddBuffer) {
   ScopedEgressChipTables tables(uniformTables(2001, 5000, 20000, 4096, 4, 2));

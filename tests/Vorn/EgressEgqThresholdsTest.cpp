@@ -9,14 +9,13 @@
 
 using namespace Hardware::Vorn;
 using VornTest::EgressSystem;
+using VornTest::kP0;
+using VornTest::kP1;
 using VornTest::ScopedEgressChipTables;
 using VornTest::smAssertion;
 using VornTest::uniformTables;
 
 namespace {
-
-constexpr EgressBufThresholdsProfile kP0 = egressBufThresholdsProfile0;
-constexpr EgressBufThresholdsProfile kP1 = egressBufThresholdsProfile1;
 
 // 3000 unicast buffers and descriptors, 12 ports of every speed without HOLB.
 EgressChipTables twelvePorts() {
@@ -58,18 +57,18 @@ TEST(EgqThresholds, FlowControlRatios) {
   }
 }
 
-// A machine whose records hold chosen global limits; generateEgqConfigurations
-// then runs on them alone.
+// A machine that runs generateEgqConfigurations on chosen global limits.
 struct GlobalsSystem : EgressSystem {
   GlobalsSystem() : EgressSystem({fapRevMajor3, fapRevMajor8}, Redundancy::redundancyModeStandby) {
     sm = build();
     sm->generateCgmConfigurations();
   }
-  void globalsIs(EgressResource uc, EgressResource mc) {
+  void generateFrom(EgressResource uc, EgressResource mc) {
     for (auto p : {kP0, kP1}) {
       thresholds(p)->globalUcThresholdsIs(uc);
       thresholds(p)->globalMcThresholdsIs(mc);
     }
+    sm->generateEgqConfigurations();
   }
   EgressBufferingSm::Ptr sm;
 };
@@ -79,8 +78,7 @@ TEST(EgqThresholds, MulticastSharesPerDropPrecedence) {
   // (3050 - 50) / 3 = 1000.
   ScopedEgressChipTables tables(uniformTables(6000, 12000, 20000, 4096, 12, 1));
   GlobalsSystem sys;
-  sys.globalsIs({3000, 3000}, {3200, 3200});
-  sys.sm->generateEgqConfigurations();
+  sys.generateFrom({3000, 3000}, {3200, 3200});
   const EgqThresholds t = sys.egq(kP0, 10);
   EXPECT_EQ(t.portMulticastBuffer(), 3050u);
   EXPECT_EQ(t.portMulticastDescriptor(), 3050u);
@@ -96,8 +94,7 @@ TEST(EgqThresholds, MulticastSharesPerDropPrecedence) {
 TEST(EgqThresholds, OnlyDescriptorSharesAreClampedToOneQueue) {
   ScopedEgressChipTables tables(uniformTables(6000, 12000, 20000, 400, 12, 1));
   GlobalsSystem sys;
-  sys.globalsIs({3000, 3000}, {3200, 3200});
-  sys.sm->generateEgqConfigurations();
+  sys.generateFrom({3000, 3000}, {3200, 3200});
   const EgqThresholds t = sys.egq(kP1, 11);
   EXPECT_EQ(t.queueMulticastDpSharedDescriptor(DropPrecedence(0)), 280u);  // 400 x 0.7
   EXPECT_EQ(t.queueMulticastDpBuffer(DropPrecedence(0)), 700u);            // 1000 x 0.7
@@ -108,8 +105,7 @@ TEST(EgqThresholds, APortShareAtTheQueueReserveSharesNothing) {
   GlobalsSystem sys;
   for (U32 mc : {200u, 150u, 100u}) {  // port share 50, 0, and wrapped below 0
     SCOPED_TRACE(mc);
-    sys.globalsIs({3000, 3000}, {static_cast<U16>(mc), mc});
-    sys.sm->generateEgqConfigurations();
+    sys.generateFrom({3000, 3000}, {static_cast<U16>(mc), mc});
     const EgqThresholds t = sys.egq(kP0, 7);
     EXPECT_EQ(t.portMulticastDescriptor(), mc - 150u);
     for (U8 dp = 0; dp < 4; ++dp) {
@@ -204,8 +200,7 @@ TEST(EgqThresholdsDeath, AQueueAtItsPortsFlowControlAborts) {
 TEST(EgqThresholdsDeath, AQueueAtItsPortsDescriptorFlowControlAborts) {
   ScopedEgressChipTables tables(uniformTables(6000, 12000, 20000, 4096, 16, 2));
   GlobalsSystem sys;
-  sys.globalsIs({3000, 48}, {3000, 3000});
-  EXPECT_DEATH(sys.sm->generateEgqConfigurations(),
+  EXPECT_DEATH(sys.generateFrom({3000, 48}, {3000, 3000}),
                smAssertion(367,
                            "egqTh.queueUnicastDescriptor() < "
                            "egqTh.portUnicastDescriptorFlowControl()"));

@@ -14,6 +14,9 @@ namespace VornTest {
 
 using namespace Hardware::Vorn;
 
+inline constexpr EgressBufThresholdsProfile kP0 = egressBufThresholdsProfile0;
+inline constexpr EgressBufThresholdsProfile kP1 = egressBufThresholdsProfile1;
+
 // The family of a revision: 1 and 2 Petra, 3 to 5 Arad, 6 to 9 Jericho.
 inline FapType familyOf(FapRevMajor rev) {
   return rev <= fapRevMajor2 ? fapTypePetra : rev <= fapRevMajor5 ? fapTypeArad : fapTypeJericho;
