@@ -1,0 +1,44 @@
+// The egress buffering state machine's start-up cost: constructing it for a
+// two-revision system (both threshold profiles generated and published),
+// beside a construction that the redundancy gate keeps from generating.
+#include <benchmark/benchmark.h>
+
+#include "Mox/Trace.h"
+#include "Ratios.h"
+#include "Vorn/EgressBufferSm.h"
+
+using namespace Hardware::Vorn;
+
+namespace {
+
+struct TwoRevisionSystem {
+  explicit TwoRevisionSystem(Redundancy::RedundancyMode mode)
+      : redundancy(new Redundancy::RedundancyStatus()), chips(new Status()) {
+    Mox::traceHandle("EgressBufferSm").allLevelsIs(false);
+    redundancy->modeIs(mode);
+    chips->supportedFapRevMajors().is(fapRevMajor3, fapTypeArad);
+    chips->supportedFapRevMajors().is(fapRevMajor8, fapTypeJericho);
+  }
+  Redundancy::RedundancyStatus::Ptr redundancy;
+  Status::Ptr chips;
+};
+
+template <Redundancy::RedundancyMode kMode>
+void BM_EgressBufferingSm(benchmark::State& state) {
+  TwoRevisionSystem sys(kMode);
+  for (auto _ : state) {
+    EgressBufferStatus::Ptr status(new EgressBufferStatus());
+    benchmark::DoNotOptimize(egressBufferingSmFactory(nullptr, status, sys.redundancy, sys.chips));
+  }
+}
+BENCHMARK(BM_EgressBufferingSm<Redundancy::redundancyModeActive>)->Name("BM_EgressBufferingSm");
+BENCHMARK(BM_EgressBufferingSm<Redundancy::redundancyModeStandby>)
+    ->Name("BM_EgressBufferingSm/standby");
+
+const bool registered = [] {
+  VornBench::ratio("EgressBufferingSm two revisions / gated construction", "BM_EgressBufferingSm",
+                   "BM_EgressBufferingSm/standby", 0);
+  return true;
+}();
+
+}  // namespace
