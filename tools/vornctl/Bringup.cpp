@@ -197,7 +197,9 @@ int runBringup(Context& ctx, bool chassis, unsigned linecards, bool showCommands
     std::size_t seen = emu ? emu->commands().size() : 0;
     int rc = steps[i].run();
     ++answers[rc];
-    if (rc != 0) failures.push_back(steps[i].what + ": " + std::to_string(rc));
+    if (rc != 0)
+      failures.push_back(steps[i].what + ": driver answered " + std::to_string(rc) +
+                         (rc > 0 ? std::string(" (") + std::strerror(rc) + ")" : std::string()));
     if (showCommands && !ctx.json()) {
       // Each driver command of the step with the driver's answer.
       if (emu) {

@@ -17,5 +17,7 @@ void addTrace(CLI::App& app, Action& action);
 void addCopp(CLI::App& app, Action& action);
 void addId(CLI::App& app, Action& action);
 void addLags(CLI::App& app, Action& action);
+void addThresholds(CLI::App& app, Action& action);
+void addDriverServices(CLI::App& app, Action& action);
 
 }  // namespace vornctl

@@ -27,6 +27,8 @@ int main(int argc, char** argv) {
   vornctl::addCopp(app, action);
   vornctl::addId(app, action);
   vornctl::addLags(app, action);
+  vornctl::addThresholds(app, action);
+  vornctl::addDriverServices(app, action);
 
   try {
     app.parse(argc, argv);
