@@ -37,6 +37,25 @@ int main(int argc, char** argv) {
   } catch (const CLI::CallForAllHelp& e) {
     return app.exit(e);
   } catch (const CLI::ParseError& e) {
+    // Name a mistyped command rather than only saying one is missing.
+    for (int i = 1; i < argc; ++i) {
+      std::string word = argv[i];
+      if (word.rfind("-", 0) == 0) {
+        if (word == "--driver" || word == "--emu-answer") ++i;  // skip the option's value
+        continue;
+      }
+      std::string names;
+      bool known = false;
+      for (const CLI::App* sub : app.get_subcommands([](CLI::App*) { return true; })) {
+        names += (names.empty() ? "" : ", ") + sub->get_name();
+        known = known || sub->get_name() == word;
+      }
+      if (!known) {
+        std::fprintf(stderr, "vornctl: %s: not a command (commands: %s)\n", word.c_str(), names.c_str());
+        return vornctl::kBadInput;
+      }
+      break;
+    }
     std::fprintf(stderr, "vornctl: %s\n", e.what());
     return vornctl::kBadInput;
   }

@@ -1,0 +1,169 @@
+// vornctl as people and scripts run it: the built binary, its text and JSON
+// output for a fixed emulated system against expected files, its exit
+// statuses for bad input (2) and driver refusals (1).
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <sstream>
+#include <string>
+
+using testing::HasSubstr;
+
+namespace {
+
+struct Outcome {
+  int status;
+  std::string out, err;
+};
+
+// Runs vornctl with `args` (shell words) on the emulated driver.
+Outcome vornctl(const std::string& args) {
+  std::string errFile = testing::TempDir() + "vornctl-stderr.txt";
+  std::string cmd = std::string(VORNCTL_PATH) + " --driver emulated " + args + " 2>" + errFile;
+  Outcome r;
+  FILE* p = popen(cmd.c_str(), "r");
+  char buf[4096];
+  std::size_t n;
+  while ((n = fread(buf, 1, sizeof buf, p)) > 0) r.out.append(buf, n);
+  int raw = pclose(p);
+  r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
+  std::ifstream e(errFile);
+  std::stringstream ss;
+  ss << e.rdbuf();
+  r.err = ss.str();
+  return r;
+}
+
+std::string expected(const std::string& name) {
+  std::ifstream in(std::string(VORN_SOURCE_DIR) + "/tests/tools/expected/" + name);
+  std::stringstream ss;
+  ss << in.rdbuf();
+  return ss.str();
+}
+
+std::string fixture(const std::string& name) {
+  return std::string(VORN_SOURCE_DIR) + "/tests/tools/fixtures/" + name;
+}
+
+// The figures of a run that change from run to run.
+std::string withoutTimes(const std::string& text) {
+  return std::regex_replace(text, std::regex(R"([0-9]+ commands in [0-9.]+ s \([0-9]+ commands/s\))"),
+                            "N commands in T s (R commands/s)");
+}
+
+TEST(Vornctl, TextOutputsMatchTheExpectedFiles) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"copp", "copp.txt"},
+      {"copp --port 18", "copp-port18.txt"},
+      {"id lag", "id-lag.txt"},
+      {"id cpu-tm", "id-cpu-tm.txt"},
+      {"thresholds --revisions 3,7", "thresholds-3-7.txt"},
+      {"devices", "devices.txt"},
+  };
+  for (const auto& [args, file] : cases) {
+    Outcome r = vornctl(args);
+    EXPECT_EQ(r.status, 0) << args << "\n" << r.err;
+    EXPECT_EQ(r.out, expected(file)) << args;
+  }
+  Outcome lags = vornctl("lags --file " + fixture("listing.txt"));
+  EXPECT_EQ(lags.out, expected("lags-file.txt"));
+}
+
+TEST(Vornctl, JsonOutputsParseAndMatch) {
+  const std::pair<std::string, const char*> cases[] = {
+      {"--json copp", "copp.json"},
+      {"--json id lag --family 2 --mode 5 --lag 7", "id-lag-2-5-7.json"},
+      {"--json thresholds --revisions 3,7", "thresholds-3-7.json"},
+      {"--json lags --file " + fixture("listing.txt"), "lags-file.json"},
+  };
+  for (const auto& [args, file] : cases) {
+    Outcome r = vornctl(args);
+    ASSERT_EQ(r.status, 0) << args << "\n" << r.err;
+    nlohmann::json got = nlohmann::json::parse(r.out, nullptr, false);
+    ASSERT_FALSE(got.is_discarded()) << args << ": not JSON";
+    nlohmann::json want = nlohmann::json::parse(expected(file));
+    got.erase("source");  // the listing file's path depends on the checkout
+    want.erase("source");
+    EXPECT_EQ(got, want) << args;
+  }
+}
+
+TEST(Vornctl, BringupBuildsAndChecksTheLagTable) {
+  Outcome r = vornctl("bringup --system chassis --linecards 2");
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(withoutTimes(r.out), expected("bringup-chassis-2.txt"));
+  EXPECT_THAT(r.err, HasSubstr("driver: emulated"));
+
+  Outcome json = vornctl("--json bringup");
+  ASSERT_EQ(json.status, 0);
+  nlohmann::json doc = nlohmann::json::parse(json.out);
+  EXPECT_EQ(doc["lagCheck"], "passed");
+  EXPECT_EQ(doc["driver"], "emulated");
+  EXPECT_EQ(doc["answers"]["0"], doc["commands"]);
+}
+
+TEST(Vornctl, BringupCheckFailsWhenTheDriverLosesAMember) {
+  // The driver acknowledges the first member add and keeps nothing.
+  Outcome r = vornctl("--emu-answer lagmember_add=0:1 bringup");
+  EXPECT_EQ(r.status, 1);
+  EXPECT_THAT(r.out, HasSubstr("LAG table check: po1 lacks member et1 with id 0"));
+}
+
+TEST(Vornctl, DriverRefusalIsExitOneWithTheErrorText) {
+  Outcome r = vornctl("--emu-answer devstate=5 bringup");
+  EXPECT_EQ(r.status, 1);
+  EXPECT_THAT(r.out, HasSubstr("refused: devstate fap0 up: driver answered 5 (Input/output error)"));
+}
+
+TEST(Vornctl, BadInputIsExitTwoNamingTheArgument) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"copp --port 23", "--port"},
+      {"copp --port 1", "--port"},
+      {"id lag --mode 6", "--mode"},
+      {"id lag --family 4", "--family"},
+      {"id lag --lag 1025", "--lag"},
+      {"id tcam --faps 4 --fap 4 --tcam 0", "--fap"},
+      {"id tcam --faps 4 --fap 1 --tcam 4", "--tcam"},
+      {"id linecard --fap-name Xyz1/0", "--fap-name"},
+      {"id linecard --intf Vlan10", "--intf"},
+      {"id linecard", "id linecard"},
+      {"thresholds --revisions 0", "--revisions"},
+      {"thresholds --revisions 3,x", "--revisions"},
+      {"sflow --rate 2 --hw-rate 4", "--rate"},
+      {"tx --dest 1 --payload 0g", "--payload"},
+      {"bringup --linecards 17", "--linecards"},
+      {"bringup --system ring", "--system"},
+      {"nosuchcommand", "nosuchcommand"},
+  };
+  for (const auto& [args, argument] : cases) {
+    Outcome r = vornctl(args);
+    EXPECT_EQ(r.status, 2) << args << "\n" << r.err;
+    EXPECT_THAT(r.err, HasSubstr(argument)) << args;
+  }
+  std::string tooLong(184 * 2, 'a');
+  Outcome r = vornctl("tx --dest 1 --payload " + tooLong);
+  EXPECT_EQ(r.status, 2);
+  EXPECT_THAT(r.err, HasSubstr("at most 183 bytes"));
+}
+
+TEST(Vornctl, EveryCommandHasHelp) {
+  for (const char* cmd : {"bringup", "devices", "lags", "thresholds", "copp", "id", "irq-mask",
+                          "sflow", "tx", "trace"}) {
+    Outcome r = vornctl(std::string(cmd) + " --help");
+    EXPECT_EQ(r.status, 0) << cmd;
+    EXPECT_THAT(r.out, HasSubstr("Usage")) << cmd;
+  }
+}
+
+TEST(Vornctl, TraceDecodesARingFile) {
+  Outcome bad = vornctl("trace " + fixture("listing.txt"));
+  EXPECT_EQ(bad.status, 2);
+  EXPECT_THAT(bad.err, HasSubstr("not a ring trace file"));
+}
+
+}  // namespace
