@@ -7,7 +7,7 @@ packages=(
   cmake ninja-build g++ g++-multilib clang clang-format clang-tidy
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   libcli11-dev nlohmann-json3-dev
-  iproute2 gcovr valgrind libclang-rt-14-dev
+  iproute2 gcovr valgrind libclang-rt-14-dev pkg-config
 )
 
 missing=()
