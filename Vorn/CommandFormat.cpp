@@ -48,7 +48,7 @@ int formatCommandV(char* buf, std::size_t size, const char* fmt, va_list ap) {
       out.put(*p);  // literal runs in commands are a few characters
       continue;
     }
-    const char* spec = ++p;
+    ++p;  // past the percent sign
     if (*p == '%') {
       out.put('%');
       continue;
@@ -96,7 +96,6 @@ int formatCommandV(char* buf, std::size_t size, const char* fmt, va_list ap) {
     if (!ours) {
       // Not one of ours (precision, '+', '#', floating point...): the C
       // library formats the whole text.
-      (void)spec;
       int n = std::vsnprintf(buf, size, fmt, original);
       va_end(original);
       return n;

@@ -26,13 +26,13 @@ std::uint32_t levelsFromEnvironment(const char* name) {
   const char* env = std::getenv("VORN_TRACE");
   if (!env) return 0;
   std::uint32_t mask = 0;
-  std::string spec(env);
+  std::string config(env);
   std::size_t start = 0;
   bool mine = false;
-  while (start <= spec.size()) {
-    std::size_t end = spec.find_first_of(",;", start);
-    if (end == std::string::npos) end = spec.size();
-    std::string item = spec.substr(start, end - start);
+  while (start <= config.size()) {
+    std::size_t end = config.find_first_of(",;", start);
+    if (end == std::string::npos) end = config.size();
+    std::string item = config.substr(start, end - start);
     std::size_t eq = item.find('=');
     std::string levels = item;
     if (eq != std::string::npos) {

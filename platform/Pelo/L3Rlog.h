@@ -1,8 +1,9 @@
 // The forwarding layer's ring-buffer trace files of its L3 facilities.
 //
 // A facility's trace is one handle, opened once by name with a size
-// specification. The stand-in records what the handle was opened with (file
-// name, size, flag) and how often, which is what its callers decide.
+// description (messages and their size). The stand-in records what the
+// handle was opened with (file name, size, flag) and how often, which is what
+// its callers decide.
 //
 //   Pelo::initializePeloL3RlogHandle(Pelo::peloL3MiscRlogHandle, "PeloL3Misc-x.rlog",
 //                                    Pelo::miscL3SizeSpec, false);
