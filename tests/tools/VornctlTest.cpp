@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <fstream>
@@ -23,7 +24,10 @@ struct Outcome {
 
 // Runs vornctl with `args` (shell words) on the emulated driver.
 Outcome vornctl(const std::string& args) {
-  std::string errFile = testing::TempDir() + "vornctl-stderr.txt";
+  // ctest runs tests in parallel processes: each run gets a file of its own.
+  static int runs = 0;
+  std::string errFile = testing::TempDir() + "vornctl-stderr-" + std::to_string(::getpid()) + "-" +
+                        std::to_string(++runs) + ".txt";
   std::string cmd = std::string(VORNCTL_PATH) + " --driver emulated " + args + " 2>" + errFile;
   Outcome r;
   FILE* p = popen(cmd.c_str(), "r");
@@ -36,6 +40,7 @@ Outcome vornctl(const std::string& args) {
   std::stringstream ss;
   ss << e.rdbuf();
   r.err = ss.str();
+  std::remove(errFile.c_str());
   return r;
 }
 
