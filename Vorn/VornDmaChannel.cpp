@@ -13,23 +13,14 @@
 #include "Vorn/VornDmaPrivate.h"
 
 namespace Hardware::Vorn {
-namespace {
-
-// The "/dev/fabric" descriptor, opened at first use and never closed. Two
-// threads racing at the first use may both open it; the last one stored wins
-// and the other descriptor leaks. Relaxed atomics keep that race defined.
-std::atomic<int> fabricFd{-1};
-
-}  // namespace
-
 namespace dma {
+
+std::atomic<int> fabricFd{-1};
 
 void errorTrace(const char* fn, const char* cmd, int rc, unsigned line) {
   if (trace().enabled(0))
     Mox::traceLine(trace(), 0, kTraceFile, line, fn, " cmd: ", cmd, " error ", std::strerror(rc));
 }
-
-}  // namespace dma
 
 namespace {
 
@@ -42,24 +33,25 @@ bool isStatisticsPoll(const char* buf) {
 
 }  // namespace
 
-int fab_ioctl(char* buf, unsigned int size) {
-  // The statistics poll is frequent; it stays out of the ring trace. The test
-  // costs nothing when there is no ring file to write to.
-  if (Ringlog::defaultFile() && !isStatisticsPoll(buf)) RINGLOG("fab_ioctl buf=%s", buf);
-
-  int fd = fabricFd.load(std::memory_order_relaxed);
-  if (fd < 0) {
-    fd = Kernel::open("/dev/fabric", O_RDWR);
-    fabricFd.store(fd, std::memory_order_relaxed);
-    if (fd < 0) {
-      char what[256];
-      std::snprintf(what, sizeof what, "%s: open /dev/fabric", "fab_ioctl");
-      syserr(what);
-    }
-  }
-  if (Kernel::ioctl(fd, size, buf) >= 0) return 0;
-  return errno;
+void ringCommand(const char* buf) noexcept {
+  // The statistics poll is frequent; it stays out of the ring trace.
+  if (!isStatisticsPoll(buf)) RINGLOG("fab_ioctl buf=%s", buf);
 }
+
+int openFabric() {
+  int fd = Kernel::open("/dev/fabric", O_RDWR);
+  fabricFd.store(fd, std::memory_order_relaxed);
+  if (fd < 0) {
+    char what[256];
+    std::snprintf(what, sizeof what, "%s: open /dev/fabric", "fab_ioctl");
+    syserr(what);
+  }
+  return fd;
+}
+
+}  // namespace dma
+
+int fab_ioctl(char* buf, unsigned int size) { return dma::fabIoctl(buf, size); }
 
 void syserr(const char* what) {
   std::perror(what);

@@ -30,8 +30,8 @@ bool vornDmaPresent(Mox::String name, Mox::Ptr<Fru::PciHam const> ham) {
   char pci[64];
   if (pciName(ham, pci, sizeof pci) != 0) return false;
   char buf[kCommandSize];
-  command(buf, "devpresent %s", pci);
-  return fab_ioctl(buf, kCommandSize) == 0;
+  command<"devpresent %s">(buf, pci);
+  return dma::fabIoctl(buf, kCommandSize) == 0;
 }
 
 int vornDmaDeviceRename(Mox::String name, Mox::Ptr<Fru::PciHam const> ham) {
@@ -47,11 +47,11 @@ int vornDmaDeviceRename(Mox::String name, Mox::Ptr<Fru::PciHam const> ham) {
     std::snprintf(pci, sizeof pci, "%s", "nopcidev");
   }
   char buf[kCommandSize];
-  if (command(buf, "devname %s %s", name.charPtr(), pci) < 0) {
+  if (command<"devname %s %s">(buf, name.charPtr(), pci) < 0) {
     VORN_DMA_TRACE(0, "vornDmaDeviceRename", " ", name, " buffer overflow ");
     syserr("devname");
   }
-  int rc = fab_ioctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc == 0 || rc == EEXIST) return rc;
   VORN_DMA_ERROR("vornDmaDeviceRename", buf, rc);
   if (rc == ENODEV) {
@@ -67,9 +67,9 @@ int vornDmaDeviceParam(Mox::String name, FapType type, FapId id, unsigned int p1
                        unsigned int p3, unsigned int p4, unsigned int p5, unsigned int p6) {
   if (simulation()) return 0;
   char buf[kCommandSize];
-  command(buf, "devparams %s %u %u %u %u %u %u %u %u", name.charPtr(), static_cast<unsigned>(type),
+  command<"devparams %s %u %u %u %u %u %u %u %u">(buf, name.charPtr(), static_cast<unsigned>(type),
           static_cast<unsigned>(id.value()), p1, p2, p3, p4, p5, p6);
-  int rc = fab_ioctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc == 0 || rc == EBUSY) return rc;
   VORN_DMA_ERROR("vornDmaDeviceParam", buf, rc);
   syserr("devparams");
@@ -78,8 +78,8 @@ int vornDmaDeviceParam(Mox::String name, FapType type, FapId id, unsigned int p1
 int vornDmaDevcleanup(Mox::String name) {
   if (simulation()) return 0;
   char buf[kCommandSize];
-  command(buf, "devcleanup %s", name.charPtr());
-  int rc = fab_ioctl(buf, kCommandSize);
+  command<"devcleanup %s">(buf, name.charPtr());
+  int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc != 0) VORN_DMA_ERROR("vornDmaDevcleanup", buf, rc);
   return rc;
 }
@@ -87,8 +87,8 @@ int vornDmaDevcleanup(Mox::String name) {
 // Sends "devstate"; 19 means the device is gone already and is not traced.
 int vornDmaSetDeviceState(Mox::String name, bool up) {
   char buf[kCommandSize];
-  command(buf, "devstate %s %s", name.charPtr(), up ? "up" : "down");
-  int rc = fab_ioctl(buf, kCommandSize);
+  command<"devstate %s %s">(buf, name.charPtr(), up ? "up" : "down");
+  int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc != 0 && rc != ENODEV) VORN_DMA_ERROR("vornDmaSetDeviceState", buf, rc);
   return rc;
 }
@@ -109,8 +109,8 @@ int vornDmaGetDevStats(Mox::String name, fabdevstats* stats) {
     return 0;
   }
   char* record = reinterpret_cast<char*>(stats);
-  dma::formatCommand(record, kDevStatsSize, "devstats %s", name.charPtr());
-  int rc = fab_ioctl(record, kDevStatsSize);
+  dma::writeCommandInto<"devstats %s">(record, kDevStatsSize, name.charPtr());
+  int rc = dma::fabIoctl(record, kDevStatsSize);
   if (rc != 0) VORN_DMA_TRACE(0, "vornDmaGetDevStats", " ", name, " error ", std::strerror(rc));
   return rc;
 }
@@ -129,8 +129,8 @@ int vornDmaIsDeviceUp(Mox::String name, bool* up) {
 int vornDmaMpcMode(bool on) {
   if (simulation()) return 0;
   char buf[kCommandSize];
-  command(buf, "mpcmode %s", on ? "on" : "off");
-  if (fab_ioctl(buf, kCommandSize) != 0) syserr(buf);
+  command<"mpcmode %s">(buf, on ? "on" : "off");
+  if (dma::fabIoctl(buf, kCommandSize) != 0) syserr(buf);
   return 0;
 }
 
@@ -141,7 +141,7 @@ namespace {
 Mox::String listing(const char* keyword, const char* fn, const char* fnText) {
   char buf[kListingSize];
   std::snprintf(buf, sizeof buf, "%s", keyword);
-  int rc = fab_ioctl(buf, kListingSize);
+  int rc = dma::fabIoctl(buf, kListingSize);
   if (rc != 0) {
     VORN_DMA_ERROR(fn, buf, rc);
     MOX_ASSERT_TEXT(false, "false", fnText);

@@ -102,7 +102,7 @@ int setupIntf(const char* ifname, const char* macAddr) {
   }
 
   char tc[kCommandSize];
-  command(tc, "/sbin/tc qdisc add dev %s root handle 1: prio", ifname);
+  command<"/sbin/tc qdisc add dev %s root handle 1: prio">(tc, ifname);
   int rc = Zell::run(tc, -1, -1, -2, -1);
   if (rc < 0)
     VORN_DMA_TRACE(0, "setupIntf", " Failed to add prio qdisc for ", ifname, " error ",
@@ -127,27 +127,27 @@ int vornDmaIfadd(const char* ifname, int sysPort, int portArg, Mox::String devNa
     // hears of them.
     if (saimode()) return setupIntf(ifname, macAddr);
     if (devName.empty())
-      command(buf, "ifadd %s %d %d %s", ifname, sysPort, portArg, "");
+      command<"ifadd %s %d %d %s">(buf, ifname, sysPort, portArg, "");
     else
-      command(buf, "ifadd %s %d %d %s %s", ifname, sysPort, portArg, devName.charPtr(), "");
+      command<"ifadd %s %d %d %s %s">(buf, ifname, sysPort, portArg, devName.charPtr(), "");
   } else if (devName.empty()) {
     // A plain port is announced as "internallag".
-    command(buf, "ifadd %s %d %d %s", ifname, sysPort, portArg, keywordOf(ctrl));
+    command<"ifadd %s %d %d %s">(buf, ifname, sysPort, portArg, keywordOf(ctrl));
   } else if (saimode()) {
     // In SAI mode the driver takes the MAC with the device; without one the
     // caller is broken.
     MOX_ASSERT_TEXT(macAddr != nullptr, "macAddr",
                     "int Hardware::Vorn::vornDmaIfadd(const char*, int, int, Mox::String, bool, "
                     "bool, const char*)");
-    command(buf, "ifadd %s %d %d %s %s %s", ifname, sysPort, portArg, devName.charPtr(), macAddr,
+    command<"ifadd %s %d %d %s %s %s">(buf, ifname, sysPort, portArg, devName.charPtr(), macAddr,
             keywordOf(ctrl));
   } else {
-    command(buf, "ifadd %s %d %d %s %s", ifname, sysPort, portArg, devName.charPtr(),
+    command<"ifadd %s %d %d %s %s">(buf, ifname, sysPort, portArg, devName.charPtr(),
             keywordOf(ctrl));
   }
 
   VORN_DMA_TRACE(2, "vornDmaIfadd: command ", buf);
-  int rc = fab_ioctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc == 0) return setupIntf(ifname, macAddr);
   if (rc == EEXIST) return 0;  // the device is there and set up already
   VORN_DMA_ERROR("vornDmaIfadd", buf, rc);
@@ -163,8 +163,8 @@ int vornDmaIfdel(const char* ifname) {
     return 0;
   }
   char buf[kCommandSize];
-  command(buf, "ifdel %s", ifname);
-  int rc = fab_ioctl(buf, kCommandSize);
+  command<"ifdel %s">(buf, ifname);
+  int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc != 0) VORN_DMA_ERROR("vornDmaIfdel", buf, rc);
   return rc;
 }
@@ -172,8 +172,8 @@ int vornDmaIfdel(const char* ifname) {
 namespace {
 
 // Sends the command in `buf`; a refusal is traced under `fn` and returned.
-int sendTraced(const char* fn, char* buf, unsigned line) {
-  int rc = fab_ioctl(buf, kCommandSize);
+[[gnu::always_inline]] inline int sendTraced(const char* fn, char* buf, unsigned line) {
+  int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc != 0) dma::errorTrace(fn, buf, rc, line);
   return rc;
 }
@@ -184,7 +184,7 @@ int vornDmaIfPortUpdate(const char* ifname, int sysPort) {
   RINGLOG_BLOCK("vornDmaIfPortUpdate ifname=%s sys_port=%d", ifname, sysPort);
   if (simulation()) return 0;
   char buf[kCommandSize];
-  command(buf, "ifportupdate %s %d", ifname, sysPort);
+  command<"ifportupdate %s %d">(buf, ifname, sysPort);
   return sendTraced("vornDmaIfPortUpdate", buf, __LINE__);
 }
 
@@ -192,8 +192,8 @@ int vornDmaSetIntfState(Mox::String ifname, bool up) {
   if (simulation()) return 0;
   if (!saimode()) return 0;
   char buf[kCommandSize];
-  command(buf, "ifstate %s %s", ifname.charPtr(), up ? "up" : "down");
-  int rc = fab_ioctl(buf, kCommandSize);
+  command<"ifstate %s %s">(buf, ifname.charPtr(), up ? "up" : "down");
+  int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc != 0 && rc != ENODEV) VORN_DMA_ERROR("vornDmaSetIntfState", buf, rc);
   return rc;
 }
@@ -203,7 +203,7 @@ int vornDmaNativeVlan(const char* ifname, bool flag, unsigned short vlanId) {
   if (simulation()) return 0;
   if (std::strchr(ifname, '.')) return 0;  // sub-interfaces have no native VLAN
   char buf[kCommandSize];
-  command(buf, "native_vlan %s %d %d", ifname, flag ? 1 : 0, int{vlanId});
+  command<"native_vlan %s %d %d">(buf, ifname, flag ? 1 : 0, int{vlanId});
   return sendTraced("vornDmaNativeVlan", buf, __LINE__);
 }
 
@@ -214,7 +214,7 @@ int vornDmaVlanVsiAdd(const char* ifname, unsigned short startVlanId, unsigned s
                 unsigned{vsi});
   if (simulation()) return 0;
   char buf[kCommandSize];
-  command(buf, "vlan_vsi_add %s %d %d %d %d", ifname, int{startVlanId}, int{endVlanId},
+  command<"vlan_vsi_add %s %d %d %d %d">(buf, ifname, int{startVlanId}, int{endVlanId},
           int{innerVlanId}, int{vsi});
   return sendTraced("vornDmaVlanVsiAdd", buf, __LINE__);
 }
@@ -225,7 +225,7 @@ int vornDmaVlanVsiDel(const char* ifname, unsigned short startVlanId, unsigned s
                 unsigned{startVlanId}, unsigned{endVlanId}, unsigned{innerVlanId});
   if (simulation()) return 0;
   char buf[kCommandSize];
-  command(buf, "vlan_vsi_del %s %d %d %d", ifname, int{startVlanId}, int{endVlanId},
+  command<"vlan_vsi_del %s %d %d %d">(buf, ifname, int{startVlanId}, int{endVlanId},
           int{innerVlanId});
   return sendTraced("vornDmaVlanVsiDel", buf, __LINE__);
 }
@@ -235,15 +235,15 @@ int vornDmaRoutedPortSet(const char* ifname, unsigned int vlanId) {
   if (simulation()) return 0;
   // The driver knows a sub-interface's routed port by its parent's name.
   char cut[80];
-  command(cut, "%s", ifname);
+  command<"%s">(cut, ifname);
   const char* name = ifname;
   if (char* dot = std::strchr(cut, '.')) {
     *dot = '\0';
     name = cut;
   }
   char buf[kCommandSize];
-  command(buf, "internalvlan %u %s", vlanId, name);
-  int rc = fab_ioctl(buf, kCommandSize);
+  command<"internalvlan %u %s">(buf, vlanId, name);
+  int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc == ENODEV) {
     VORN_DMA_TRACE(0, "vornDmaRoutedPortSet: intfname ", name, ": vlanid ", vlanId,
                    " device not found");
@@ -262,7 +262,7 @@ int vornDmaRoutedPortEncapVlanMapSet(const char* ifname, unsigned int vlanTag) {
   RINGLOG_BLOCK("vornDmaRoutedPortEncapVlanMapSet ifname=%s vlanTag=%u", ifname, vlanTag);
   if (simulation()) return 0;
   char buf[kCommandSize];
-  command(buf, "encapvlan_routedport %s %u", ifname, vlanTag);
+  command<"encapvlan_routedport %s %u">(buf, ifname, vlanTag);
   VORN_DMA_TRACE(8, "vornDmaRoutedPortEncapVlanMapSet", " ", ifname, " ", vlanTag);
   return sendTraced("vornDmaRoutedPortEncapVlanMapSet", buf, __LINE__);
 }

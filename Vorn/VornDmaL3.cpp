@@ -31,7 +31,7 @@ constexpr dma::RefusalRule kVcableRule = {true, End::never, {}};
 
 unsigned int sendMac(const char* fn, const char* keyword, const Wirl::EthAddr& mac) {
   char buf[kCommandSize];
-  command(buf, "%s %s", keyword, mac.stringValue().charPtr());
+  command<"%s %s">(buf, keyword, mac.stringValue().charPtr());
   return VORN_DMA_SEND(fn, buf, kL3Rule);
 }
 
@@ -42,7 +42,7 @@ unsigned int vornDmaVirtualMacSet(Wirl::EthAddrWithMask mac) {
                 mac.mask().displayString());
   if (simulation()) return 0;
   char buf[kCommandSize];
-  command(buf, "virtualmac %s %s", mac.addr().stringValue().charPtr(),
+  command<"virtualmac %s %s">(buf, mac.addr().stringValue().charPtr(),
           mac.mask().stringValue().charPtr());
   return VORN_DMA_SEND("vornDmaVirtualMacSet", buf, kL3Rule);
 }
@@ -98,7 +98,7 @@ unsigned int vornDmaVcableSetProto(unsigned short proto) {
   RINGLOG_BLOCK("vornDmaVcableSetProto proto=%u", unsigned{proto});
   if (simulation()) return 0;
   char buf[kCommandSize];
-  command(buf, "vcable_proto %hx", proto);
+  command<"vcable_proto %hx">(buf, proto);
   return VORN_DMA_SEND("vornDmaVcableSetProto", buf, kVcableRule);
 }
 
@@ -106,7 +106,7 @@ unsigned int vornDmaVcableSetMuxid(const char* ifname, unsigned short muxid) {
   RINGLOG_BLOCK("vornDmaVcableSetMuxid ifname=%s muxid=%u", ifname, unsigned{muxid});
   if (simulation()) return 0;
   char buf[kCommandSize];
-  command(buf, "vcable_muxid %s %hu", ifname, muxid);
+  command<"vcable_muxid %s %hu">(buf, ifname, muxid);
   return VORN_DMA_SEND("vornDmaVcableSetMuxid", buf, kVcableRule);
 }
 

@@ -60,9 +60,9 @@ class ScopedFd {
 int vornDmaSetLagMode(unsigned lagMode, unsigned lagParam, FapType fapType) {
   if (simulation()) return 0;
   char buf[kCommandSize];
-  command(buf, "drvparams %d %d %d", static_cast<int>(lagMode), static_cast<int>(lagParam),
+  command<"drvparams %d %d %d">(buf, static_cast<int>(lagMode), static_cast<int>(lagParam),
           static_cast<int>(fapType));
-  int rc = fab_ioctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc != 0) VORN_DMA_ERROR("vornDmaSetLagMode", buf, rc);
   return rc;
 }
@@ -72,13 +72,13 @@ int vornDmaLagMemberAdd(const char* ifname, const char* membername, int memberId
                 memberId);
   if (skipMemberCommand()) return 0;
   char buf[kCommandSize];
-  command(buf, "lagmember_add %s %s %d", ifname, membername, memberId);
-  int rc = fab_ioctl(buf, kCommandSize);
+  command<"lagmember_add %s %s %d">(buf, ifname, membername, memberId);
+  int rc = dma::fabIoctl(buf, kCommandSize);
   int retries = 0;
   while (rc == ENODEV && retries < kMemberMaxRetries) {
     Kernel::usleep(kMemberRetryPauseUs);
     ++retries;
-    rc = fab_ioctl(buf, kCommandSize);
+    rc = dma::fabIoctl(buf, kCommandSize);
   }
   if (retries == 0 && rc == 0) return 0;
   if (retries > 0) {
@@ -94,8 +94,8 @@ int vornDmaLagMemberDel(const char* ifname, int memberId) {
   RINGLOG_BLOCK("vornDmaLagMemberDel ifname=%s, memberId=%d", ifname, memberId);
   if (skipMemberCommand()) return 0;
   char buf[kCommandSize];
-  command(buf, "lagmember_del %s %d", ifname, memberId);
-  int rc = fab_ioctl(buf, kCommandSize);
+  command<"lagmember_del %s %d">(buf, ifname, memberId);
+  int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc != 0) VORN_DMA_ERROR("vornDmaLagMemberDel", buf, rc);
   return rc;
 }
@@ -104,8 +104,8 @@ int vornDmaLagMemberConfigAdd(const char* ifname, const char* membername) {
   RINGLOG_BLOCK("vornDmaLagMemberConfigAdd ifname=%s, membername=%s", ifname, membername);
   if (skipMemberCommand()) return 0;
   char buf[kCommandSize];
-  command(buf, "lagmemberconfig_add %s %s", ifname, membername);
-  int rc = fab_ioctl(buf, kCommandSize);
+  command<"lagmemberconfig_add %s %s">(buf, ifname, membername);
+  int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc != 0) {
     VORN_DMA_TRACE(0, "vornDmaLagMemberConfigAdd", " ifname=", ifname, ", membername=", membername,
                    " returned ", rc);
@@ -119,8 +119,8 @@ int vornDmaLagMemberConfigDel(const char* ifname, const char* membername) {
   RINGLOG_BLOCK("vornDmaLagMemberConfigDel ifname=%s, membername=%s", ifname, membername);
   if (skipMemberCommand()) return 0;
   char buf[kCommandSize];
-  command(buf, "lagmemberconfig_del %s %s", ifname, membername);
-  int rc = fab_ioctl(buf, kCommandSize);
+  command<"lagmemberconfig_del %s %s">(buf, ifname, membername);
+  int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc != 0) {
     // The pieces differ from the add's ("ifname=" without a blank before it,
     // " membername=" without a comma); readers of the trace match on them.
@@ -137,8 +137,8 @@ int vornDmaLagConfigMapDel(const char* lagname) {
   RINGLOG_BLOCK("vornDmaLagConfigDel lagname=%s", lagname);
   if (skipMemberCommand()) return 0;
   char buf[kCommandSize];
-  command(buf, "lagconfigmap_del %s", lagname);
-  int rc = fab_ioctl(buf, kCommandSize);
+  command<"lagconfigmap_del %s">(buf, lagname);
+  int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc != 0) {
     VORN_DMA_TRACE(0, "vornDmaLagConfigMapDel", " lagname=", lagname, " returned ", rc);
     RINGLOG("vornDmaLagConfigMapDel lagname=%s returned %d", lagname, rc);

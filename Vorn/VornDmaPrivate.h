@@ -1,12 +1,15 @@
 // What the VornDma sources share and do not export.
 #pragma once
 
-#include <cstdarg>
+#include <atomic>
+#include <cerrno>
 #include <cstdio>
 
 #include "Kernel/Kernel.h"
-#include "Vorn/CommandFormat.h"
 #include "Mox/Trace.h"
+#include "Ringlog/Ringlog.h"
+#include "Vorn/CommandFormat.h"
+#include "Vorn/CommandWriter.h"
 
 namespace Hardware::Vorn::dma {
 
@@ -22,14 +25,29 @@ inline Mox::TraceHandle& trace() {
 // True when SIMULATION_VMID is set (read at every call).
 inline bool simulation() { return Kernel::getenv("SIMULATION_VMID") != nullptr; }
 
-// Formats a command into `buf`: the bytes and result of snprintf, faster.
-template <std::size_t N>
-__attribute__((format(printf, 2, 3))) inline int command(char (&buf)[N], const char* fmt, ...) {
-  va_list ap;
-  va_start(ap, fmt);
-  int n = formatCommandV(buf, N, fmt, ap);
-  va_end(ap);
-  return n;
+// The "/dev/fabric" descriptor, opened at the first command and never closed.
+// Two threads racing at the first use may both open it; the last one stored
+// wins and the other descriptor leaks. Relaxed atomics keep that race defined.
+extern std::atomic<int> fabricFd;
+
+// Opens "/dev/fabric" into fabricFd and returns it; a failed open ends the
+// process.
+int openFabric();
+
+// Writes the driver-command message of `buf` to the default ring trace file,
+// unless it is the frequent statistics poll. Needs a default file.
+void ringCommand(const char* buf) noexcept;
+
+// fab_ioctl, expanded into each command function: the command path keeps no
+// call between the command function and the C library's ioctl, because every
+// return pending across a system call is mispredicted when it comes back.
+[[gnu::always_inline]] inline int fabIoctl(char* buf, unsigned int size) {
+  if (Ringlog::defaultFile()) ringCommand(buf);
+  int fd = fabricFd.load(std::memory_order_relaxed);
+  if (fd < 0) [[unlikely]]
+    fd = openFabric();
+  if (Kernel::ioctl(fd, size, buf) >= 0) return 0;
+  return errno;
 }
 
 // The error trace of a refused command: fn " cmd: " cmd " error " strerror(rc).

@@ -27,9 +27,7 @@ bool endsProcess(const RefusalRule& rule, int rc) {
 
 }  // namespace
 
-int sendCommand(const char* fn, char* buf, const RefusalRule& rule, unsigned line) {
-  int rc = fab_ioctl(buf, kCommandSize);
-  if (rc == 0) return 0;
+int refused(const char* fn, char* buf, const RefusalRule& rule, unsigned line, int rc) {
   if (rule.traced && trace().enabled(0))
     Mox::traceLine(trace(), 0, kTraceFile, line, fn, " cmd: ", buf, rule.errorLabel,
                    std::strerror(rc));
@@ -43,7 +41,7 @@ int sendCommand(const char* fn, char* buf, const RefusalRule& rule, unsigned lin
 
 int sendPair(const char* fn, const char* keyword, unsigned a, unsigned b, const RefusalRule& rule) {
   char buf[kCommandSize];
-  command(buf, "%s %u %u", keyword, a, b);
+  command<"%s %u %u">(buf, keyword, a, b);
   return VORN_DMA_SEND(fn, buf, rule);
 }
 

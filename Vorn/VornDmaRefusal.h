@@ -5,6 +5,9 @@
 
 #include <cstdint>
 
+#include "Vorn/VornDma.h"
+#include "Vorn/VornDmaPrivate.h"
+
 namespace Hardware::Vorn::dma {
 
 struct RefusalRule {
@@ -20,10 +23,17 @@ struct RefusalRule {
   const char* errorLabel = " error ";  // the word before the error text in the trace
 };
 
-// Sends the command in the 256-byte `buf` and applies `rule` to a refusal:
-// the error trace "fn cmd: <buf><errorLabel><strerror>" at `line`, then
-// syserr(buf) where the rule ends the process. Returns the driver's answer.
-int sendCommand(const char* fn, char* buf, const RefusalRule& rule, unsigned line);
+// Applies `rule` to the refusal `rc` of the command in `buf`: the error trace
+// "fn cmd: <buf><errorLabel><strerror>" at `line`, then syserr(buf) where the
+// rule ends the process. Returns `rc`.
+int refused(const char* fn, char* buf, const RefusalRule& rule, unsigned line, int rc);
+
+// Sends the command in the 256-byte `buf` and applies `rule` to a refusal.
+// Returns the driver's answer.
+inline int sendCommand(const char* fn, char* buf, const RefusalRule& rule, unsigned line) {
+  int rc = fabIoctl(buf, kCommandSize);
+  return rc == 0 ? 0 : refused(fn, buf, rule, line, rc);
+}
 
 // Sends "<keyword> a b", both numbers in decimal, under `rule` as above.
 int sendPair(const char* fn, const char* keyword, unsigned a, unsigned b, const RefusalRule& rule);

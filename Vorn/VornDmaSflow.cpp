@@ -20,8 +20,8 @@ namespace {
 U64 sflowCounter(const char* keyword, const char* fn) {
   if (simulation()) return 0;
   char buf[kSflowCounterSize];
-  command(buf, "%s", keyword);
-  int rc = fab_ioctl(buf, kSflowCounterSize);
+  command<"%s">(buf, keyword);
+  int rc = dma::fabIoctl(buf, kSflowCounterSize);
   if (rc != 0) {
     VORN_DMA_TRACE(0, fn, " read returned ", std::strerror(rc));
     std::abort();
@@ -56,10 +56,10 @@ void vornDmaSflowSampleRateSet(U32 sampleRate, U32 HwSampleRate, bool dropEnable
                   "void Hardware::Vorn::vornDmaSflowSampleRateSet(U32, U32, bool, "
                   "Hardware::Vorn::FapType)");
   char buf[kCommandSize];
-  command(buf, "sflow_drop_threshold %u %u",
+  command<"sflow_drop_threshold %u %u">(buf,
           sflowDropThreshold(sampleRate, HwSampleRate, dropEnabled),
           static_cast<unsigned>(fapType));
-  int rc = fab_ioctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf, kCommandSize);
   VORN_DMA_TRACE(8, "vornDmaSflowSampleRateSet: ", "sampleRate ", sampleRate, " ", "HwSampleRate ",
                  HwSampleRate, " ", buf);
   // This command's refusal reads " returned " where the others read " error ".
@@ -70,8 +70,8 @@ void vornDmaSflowSampleRateSet(U32 sampleRate, U32 HwSampleRate, bool dropEnable
 void vornDmaDisableSflowDrops(FapType fapType) {
   if (simulation()) return;
   char buf[kCommandSize];
-  command(buf, "sflow_drop_threshold %u %u", 0u, static_cast<unsigned>(fapType));
-  int rc = fab_ioctl(buf, kCommandSize);
+  command<"sflow_drop_threshold %u %u">(buf, 0u, static_cast<unsigned>(fapType));
+  int rc = dma::fabIoctl(buf, kCommandSize);
   VORN_DMA_TRACE(8, "vornDmaDisableSflowDrops: ", buf);
   if (rc != 0) VORN_DMA_ERROR("vornDmaDisableSflowDrops", buf, rc);
 }

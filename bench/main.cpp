@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <map>
 #include <new>
 #include <vector>
@@ -24,18 +25,47 @@ std::vector<Ratio>& ratios() {
 
 thread_local std::size_t tAllocations = 0;
 
-// Keeps every run's time per iteration (real time, nanoseconds) by name.
+// Keeps every benchmark's CPU time per iteration (nanoseconds) by name: the
+// median of its repetitions when it was repeated, else its one run. CPU time,
+// because the machine may be shared: time spent preempted is not the code's.
 class Collector : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override {
     ConsoleReporter::ReportRuns(runs);
     for (const Run& r : runs) {
-      if (r.run_type == Run::RT_Iteration && r.iterations > 0)
-        ns[r.benchmark_name()] = r.GetAdjustedRealTime();
+      const std::string name = r.run_name.str();
+      if (r.run_type == Run::RT_Aggregate && r.aggregate_name == "median") {
+        median[name] = r.GetAdjustedCPUTime();
+      } else if (r.run_type == Run::RT_Iteration && r.iterations > 0) {
+        single[name] = r.GetAdjustedCPUTime();
+      }
     }
   }
-  std::map<std::string, double> ns;
+  // The figure of benchmark `name`, or a negative value.
+  double ns(const std::string& name) const {
+    if (auto m = median.find(name); m != median.end()) return m->second;
+    if (auto s = single.find(name); s != single.end()) return s->second;
+    return -1;
+  }
+
+ private:
+  std::map<std::string, double> median, single;
 };
+
+// Repeated, interleaved runs unless the command line says otherwise: the
+// ratios compare medians of runs taken side by side.
+std::vector<char*> withDefaultRepetitions(int argc, char** argv) {
+  static char repetitions[] = "--benchmark_repetitions=7";
+  static char interleave[] = "--benchmark_enable_random_interleaving=true";
+  static char aggregates[] = "--benchmark_display_aggregates_only=true";
+  std::vector<char*> args(argv, argv + argc);
+  bool repeated = false;
+  for (int i = 1; i < argc; ++i)
+    repeated = repeated || std::strncmp(argv[i], "--benchmark_repetitions", 23) == 0;
+  if (!repeated) args.insert(args.begin() + 1, {repetitions, interleave, aggregates});
+  args.push_back(nullptr);
+  return args;
+}
 
 }  // namespace
 
@@ -57,15 +87,17 @@ void operator delete(void* p) noexcept { std::free(p); }
 void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
+  std::vector<char*> args = VornBench::withDefaultRepetitions(argc, argv);
+  int count = static_cast<int>(args.size()) - 1;
+  benchmark::Initialize(&count, args.data());
   VornBench::Collector collector;
   benchmark::RunSpecifiedBenchmarks(&collector);
-  std::printf("\nRatios (same run):\n");
+  std::printf("\nRatios (same run, CPU time, medians of the repetitions):\n");
   int missed = 0;
   for (const auto& r : VornBench::ratios()) {
-    auto n = collector.ns.find(r.numerator), d = collector.ns.find(r.denominator);
-    if (n == collector.ns.end() || d == collector.ns.end() || d->second <= 0) continue;
-    double value = n->second / d->second;
+    double n = collector.ns(r.numerator), d = collector.ns(r.denominator);
+    if (n < 0 || d <= 0) continue;
+    double value = n / d;
     bool ok = r.target <= 0 || value <= r.target;
     if (!ok) ++missed;
     if (r.target > 0)

@@ -12,7 +12,6 @@ namespace Kernel {
 namespace {
 
 int linuxOpen(const char* path, int flags) { return ::open(path, flags | O_CLOEXEC); }
-int linuxIoctl(int fd, unsigned long request, void* arg) { return ::ioctl(fd, request, arg); }
 int linuxUsleep(unsigned int usec) { return ::usleep(usec); }
 // getenv without its per-entry string compare set-up: the library asks for
 // SIMULATION_VMID before every command, so this scan is on the command path.
@@ -31,7 +30,7 @@ const char* linuxGetenv(const char* name) {
 }
 
 const Ops kLinux = {
-    linuxOpen, ::close,   linuxIoctl, ::read,     ::write,    ::socket,     ::bind,
+    linuxOpen, ::close,   detail::linuxIoctl, ::read,     ::write,    ::socket,     ::bind,
     ::opendir, ::readdir, ::closedir, ::sysconf, linuxUsleep, linuxGetenv,
 };
 
@@ -39,7 +38,8 @@ const Ops kLinux = {
 
 namespace detail {
 const Ops* activeOps = &kLinux;
-}
+int linuxIoctl(int fd, unsigned long request, void* arg) { return ::ioctl(fd, request, arg); }
+}  // namespace detail
 
 const Ops& linuxOps() noexcept { return kLinux; }
 

@@ -13,9 +13,8 @@ namespace Ringlog {
 class MemoryFile : public TraceFile {
  public:
   void write(MsgId id, const Arg* args, unsigned count) noexcept override;
-  void writeBlockEnd(MsgId id, std::uint64_t elapsedNs) noexcept override;
 
-  // The rendered messages (block ends are not listed).
+  // The rendered messages (a block timer's message is listed, its end not).
   std::vector<std::string> messages() const;
   void clear();
 

@@ -27,9 +27,9 @@ Registry& registry() {
   return r;
 }
 
-std::atomic<TraceFile*> gDefault{nullptr};
-
 }  // namespace
+
+std::atomic<TraceFile*> detail::defaultFile{nullptr};
 
 MsgId registerMessage(const char* format) {
   Registry& r = registry();
@@ -49,8 +49,9 @@ const char* messageFormat(MsgId id) noexcept {
 
 MsgId messageCount() noexcept { return registry().count.load(std::memory_order_acquire); }
 
-TraceFile* defaultFile() noexcept { return gDefault.load(std::memory_order_acquire); }
-void defaultFileIs(TraceFile* file) noexcept { gDefault.store(file, std::memory_order_release); }
+void defaultFileIs(TraceFile* file) noexcept {
+  detail::defaultFile.store(file, std::memory_order_release);
+}
 
 std::string render(const char* format, const Arg* args, unsigned count) {
   std::string out;
@@ -106,12 +107,6 @@ std::string render(const char* format, const Arg* args, unsigned count) {
   return out;
 }
 
-std::uint64_t BlockTimer::nowNs() noexcept {
-  timespec ts;
-  clock_gettime(CLOCK_MONOTONIC, &ts);
-  return static_cast<std::uint64_t>(ts.tv_sec) * 1000000000u + static_cast<std::uint64_t>(ts.tv_nsec);
-}
-
 void MemoryFile::write(MsgId id, const Arg* args, unsigned count) noexcept {
   try {
     std::string text = render(messageFormat(id), args, count);
@@ -121,8 +116,6 @@ void MemoryFile::write(MsgId id, const Arg* args, unsigned count) noexcept {
     // A trace must never take the caller down.
   }
 }
-
-void MemoryFile::writeBlockEnd(MsgId, std::uint64_t) noexcept {}
 
 std::vector<std::string> MemoryFile::messages() const {
   std::lock_guard<std::mutex> lock(mutex_);

@@ -8,6 +8,7 @@
 // without the process that wrote them.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -77,15 +78,29 @@ inline Arg arg(T v) {
   return a;
 }
 
+// Where an open block's message went, so that its file can close it.
+struct BlockMark {
+  std::uint64_t sequence = 0;
+  std::uint64_t start = 0;  // the file's clock when the block opened
+  void* record = nullptr;
+  MsgId id = 0;
+};
+
 // A destination of messages. Implementations: MemoryFile (kept in memory, for
 // tests) and RingFile (a memory-mapped post-mortem ring).
 class TraceFile {
  public:
   virtual ~TraceFile() = default;
-  // Writes one message; `timerNs` is 0 for a plain message, the elapsed time
-  // for the end record of a block timer.
+  // Writes one message.
   virtual void write(MsgId id, const Arg* args, unsigned count) noexcept = 0;
-  virtual void writeBlockEnd(MsgId id, std::uint64_t elapsedNs) noexcept = 0;
+  // Writes the message that opens a block timer, and returns what
+  // closeBlock needs to record its end. By default a plain message.
+  virtual BlockMark openBlock(MsgId id, const Arg* args, unsigned count) noexcept {
+    write(id, args, count);
+    return {};
+  }
+  // Records the end of the block `mark` opened. By default nothing.
+  virtual void closeBlock(const BlockMark& mark) noexcept { (void)mark; }
 };
 
 // Registers a message descriptor (a string literal that outlives the process's
@@ -96,8 +111,15 @@ const char* messageFormat(MsgId id) noexcept;
 // How many descriptors are registered.
 MsgId messageCount() noexcept;
 
-// The process's default trace file, or null when there is none.
-TraceFile* defaultFile() noexcept;
+namespace detail {
+extern std::atomic<TraceFile*> defaultFile;
+}
+
+// The process's default trace file, or null when there is none. One load: the
+// check costs next to nothing when tracing is off.
+inline TraceFile* defaultFile() noexcept {
+  return detail::defaultFile.load(std::memory_order_acquire);
+}
 // Makes `file` the default trace file (null: none). The caller keeps
 // ownership and keeps it alive while it is the default.
 void defaultFileIs(TraceFile* file) noexcept;
@@ -117,29 +139,28 @@ inline void write(TraceFile* file, MsgId id, const A&... a) noexcept {
 }
 
 // A message whose scope is timed: the message is written when the scope opens
-// and an end record with the elapsed time when it closes, on every path.
+// and its end is recorded when it closes, on every path.
 class BlockTimer {
  public:
   template <typename... A>
-  BlockTimer(MsgId id, const A&... a) noexcept : id_(id) {
-    file_ = defaultFile();
-    if (file_) {
-      write(file_, id, a...);
-      start_ = nowNs();
+  BlockTimer(MsgId id, const A&... a) noexcept : file_(defaultFile()) {
+    if (!file_) return;
+    if constexpr (sizeof...(A) == 0) {
+      mark_ = file_->openBlock(id, nullptr, 0);
+    } else {
+      const Arg args[] = {arg(a)...};
+      mark_ = file_->openBlock(id, args, sizeof...(A));
     }
   }
   ~BlockTimer() {
-    if (file_) file_->writeBlockEnd(id_, nowNs() - start_);
+    if (file_) file_->closeBlock(mark_);
   }
   BlockTimer(const BlockTimer&) = delete;
   BlockTimer& operator=(const BlockTimer&) = delete;
 
-  static std::uint64_t nowNs() noexcept;
-
  private:
-  TraceFile* file_ = nullptr;
-  MsgId id_;
-  std::uint64_t start_ = 0;
+  TraceFile* file_;
+  BlockMark mark_;
 };
 
 }  // namespace Ringlog

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 #include <string>
 
 #include "Kernel/Kernel.h"
@@ -77,20 +78,110 @@ TEST(RingFile, LongStringsAreCutToTheSlot) {
   ::unlink(path.c_str());
 }
 
-TEST(RingFile, BlockTimersRecordTheirEnd) {
+std::vector<Ringlog::DecodedRecord> records(const std::string& path) {
+  std::vector<Ringlog::DecodedRecord> out;
+  std::string error;
+  EXPECT_TRUE(Ringlog::readRingFile(path, out, error)) << error;
+  return out;
+}
+
+std::int64_t wallNow() {
+  timespec ts;
+  clock_gettime(CLOCK_REALTIME, &ts);
+  return static_cast<std::int64_t>(ts.tv_sec) * 1000000000 + ts.tv_nsec;
+}
+
+// A block is one record: its end writes the elapsed time into it. The times
+// are the writer's clock ticks, read back as wall time and nanoseconds.
+TEST(RingFile, BlockTimersAreOneRecordWithTheirLength) {
   std::string path = tempPath("block");
+  const std::int64_t before = wallNow();
   {
     Ringlog::RingFile file(path, 0);
     Ringlog::defaultFileIs(&file);
     {
       RINGLOG_BLOCK("vornDmaIfdel ifname=%s", "et1");
+      ::usleep(20000);
+      RINGLOG("inside");
     }
     Ringlog::defaultFileIs(nullptr);
   }
-  std::vector<std::string> got = texts(path);
+  const std::int64_t after = wallNow();
+  std::vector<Ringlog::DecodedRecord> got = records(path);
   ASSERT_EQ(got.size(), 2u);
-  EXPECT_EQ(got[0], "vornDmaIfdel ifname=et1");
-  EXPECT_THAT(got[1], testing::StartsWith("end vornDmaIfdel after "));
+  EXPECT_EQ(got[0].text, "vornDmaIfdel ifname=et1");
+  EXPECT_EQ(got[0].block, Ringlog::DecodedRecord::Block::kClosed);
+  EXPECT_GE(got[0].elapsedNs, 20000000u);
+  EXPECT_LT(got[0].elapsedNs, static_cast<std::uint64_t>(after - before));
+  EXPECT_EQ(got[1].text, "inside");
+  EXPECT_EQ(got[1].block, Ringlog::DecodedRecord::Block::kNone);
+  // Wall times fall inside the test's own window (a little slack for the
+  // rate measured over a millisecond), in order, about 20 ms apart.
+  for (const auto& r : got) {
+    EXPECT_GE(r.wallNs, before - 1000000);
+    EXPECT_LE(r.wallNs, after + 1000000);
+  }
+  EXPECT_GE(got[1].wallNs - got[0].wallNs, 19000000);
+  EXPECT_THAT(Ringlog::formatRecord(got[0]),
+              testing::MatchesRegex("[0-9-]+ [0-9:.]+ vornDmaIfdel ifname=et1 \\[took [0-9]+ ns\\]"));
+  ::unlink(path.c_str());
+}
+
+TEST(RingFile, ABlockThatNeverEndedReadsAsStillOpen) {
+  std::string path = tempPath("open");
+  {
+    Ringlog::RingFile file(path, 0);
+    static const Ringlog::MsgId id = Ringlog::registerMessage("vornDmaIfadd ifname=%s");
+    const Ringlog::Arg name = Ringlog::arg("et2");
+    file.openBlock(id, &name, 1);  // and never closed, as when the process dies in it
+  }
+  std::vector<Ringlog::DecodedRecord> got = records(path);
+  ASSERT_EQ(got.size(), 1u);
+  EXPECT_EQ(got[0].block, Ringlog::DecodedRecord::Block::kOpen);
+  EXPECT_THAT(Ringlog::formatRecord(got[0]), testing::EndsWith("vornDmaIfadd ifname=et2 [still open]"));
+  ::unlink(path.c_str());
+}
+
+// When the ring comes round while a block is open, its opening record is
+// gone; the end is then a record of its own.
+TEST(RingFile, ABlockOutlivedByTheRingEndsInARecordOfItsOwn) {
+  std::string path = tempPath("outlived");
+  {
+    Ringlog::RingFile file(path, 0);
+    static const Ringlog::MsgId block = Ringlog::registerMessage("vornDmaIfdel ifname=%s");
+    static const Ringlog::MsgId n = Ringlog::registerMessage("n=%u");
+    const Ringlog::Arg name = Ringlog::arg("et3");
+    Ringlog::BlockMark mark = file.openBlock(block, &name, 1);
+    for (unsigned i = 0; i < file.slotCount(); ++i) Ringlog::write(&file, n, i);
+    file.closeBlock(mark);
+  }
+  std::vector<Ringlog::DecodedRecord> got = records(path);
+  ASSERT_FALSE(got.empty());
+  EXPECT_THAT(got.back().text, testing::MatchesRegex("end vornDmaIfdel after [0-9]+ ns"));
+  for (const auto& r : got) EXPECT_NE(r.text, "vornDmaIfdel ifname=et3");
+  ::unlink(path.c_str());
+}
+
+// A file written for longer than a second is read with the tick rate measured
+// over its life, from the clock pair the writer refreshes.
+TEST(RingFile, LongLivedFilesKeepTheirWallTimes) {
+  std::string path = tempPath("long-lived");
+  std::int64_t first, last;
+  {
+    Ringlog::RingFile file(path, 0);
+    static const Ringlog::MsgId id = Ringlog::registerMessage("tick %u");
+    first = wallNow();
+    Ringlog::write(&file, id, 1u);
+    ::usleep(1100000);
+    Ringlog::write(&file, id, 2u);  // due for a refresh: a second has passed
+    Ringlog::write(&file, id, 3u);
+    last = wallNow();
+  }
+  std::vector<Ringlog::DecodedRecord> got = records(path);
+  ASSERT_EQ(got.size(), 3u);
+  EXPECT_NEAR(static_cast<double>(got[0].wallNs), static_cast<double>(first), 2e6);
+  EXPECT_NEAR(static_cast<double>(got[2].wallNs), static_cast<double>(last), 2e6);
+  EXPECT_NEAR(static_cast<double>(got[1].wallNs - got[0].wallNs), 1.1e9, 5e7);
   ::unlink(path.c_str());
 }
 

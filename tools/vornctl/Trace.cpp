@@ -17,12 +17,17 @@ void addTrace(CLI::App& app, Action& action) {
       if (!Ringlog::readRingFile(file, records, error)) throw BadInput("FILE", error);
       if (ctx.json()) {
         nlohmann::json list = nlohmann::json::array();
-        for (const auto& r : records)
-          list.push_back({{"sequence", r.sequence}, {"time", Ringlog::formatWallTime(r.wallNs)}, {"text", r.text}});
+        for (const auto& r : records) {
+          nlohmann::json record = {{"sequence", r.sequence},
+                                   {"time", Ringlog::formatWallTime(r.wallNs)},
+                                   {"text", r.text}};
+          if (r.block == Ringlog::DecodedRecord::Block::kClosed) record["elapsed_ns"] = r.elapsedNs;
+          if (r.block == Ringlog::DecodedRecord::Block::kOpen) record["open"] = true;
+          list.push_back(record);
+        }
         ctx.printJson({{"file", file}, {"records", list}});
       } else {
-        for (const auto& r : records)
-          std::printf("%s %s\n", Ringlog::formatWallTime(r.wallNs).c_str(), r.text.c_str());
+        for (const auto& r : records) std::printf("%s\n", Ringlog::formatRecord(r).c_str());
       }
       return kOk;
     };

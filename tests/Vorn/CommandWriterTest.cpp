@@ -1,0 +1,102 @@
+// The compile-time command writer writes exactly what the C library's bounded
+// print writes, for every format the driver commands use, over the bounds of
+// each argument, random values and every truncation of the buffer.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <random>
+#include <string>
+
+#include "Vorn/CommandWriter.h"
+
+using Hardware::Vorn::dma::command;
+using Hardware::Vorn::dma::writeCommandInto;
+
+namespace {
+
+// Formats with both at every capacity from 0 to past the text's length, and
+// checks that nothing past the capacity is touched.
+#define EXPECT_WRITES_AS_SNPRINTF(fmt, ...)                                                  \
+  do {                                                                                       \
+    char want[640], got[640];                                                                \
+    int full = std::snprintf(want, sizeof want, fmt, __VA_ARGS__);                           \
+    ASSERT_LT(full + 2, static_cast<int>(sizeof want));                                      \
+    for (std::size_t cap = 0; cap <= static_cast<std::size_t>(full) + 2; ++cap) {            \
+      std::memset(want, 'W', sizeof want);                                                   \
+      std::memset(got, 'W', sizeof got);                                                     \
+      int a = std::snprintf(want, cap, fmt, __VA_ARGS__);                                    \
+      int b = writeCommandInto<fmt>(got, cap, __VA_ARGS__);                                  \
+      ASSERT_EQ(a, b) << fmt << " cap " << cap;                                              \
+      ASSERT_EQ(0, std::memcmp(want, got, sizeof want)) << fmt << " cap " << cap << ": " << got; \
+    }                                                                                        \
+  } while (0)
+
+// Every format the driver commands are written with, fed one value per
+// argument kind.
+void everyCommandFormat(const char* s, int d, unsigned u) {
+  const auto us = static_cast<unsigned short>(u);
+  EXPECT_WRITES_AS_SNPRINTF("devpresent %s", s);
+  EXPECT_WRITES_AS_SNPRINTF("devname %s %s", s, "nopcidev");
+  EXPECT_WRITES_AS_SNPRINTF("devparams %s %u %u %u %u %u %u %u %u", s, u, u >> 1, u >> 2, u >> 3,
+                            u >> 4, u >> 5, u >> 6, u >> 7);
+  EXPECT_WRITES_AS_SNPRINTF("devstats %s", s);
+  EXPECT_WRITES_AS_SNPRINTF("ifadd %s %d %d %s %s %s", s, d, ~d, s, "02:00:00:aa:bb:cc", "");
+  EXPECT_WRITES_AS_SNPRINTF("ifportupdate %s %d", s, d);
+  EXPECT_WRITES_AS_SNPRINTF("native_vlan %s %d %d", s, d & 1, int{us});
+  EXPECT_WRITES_AS_SNPRINTF("vlan_vsi_add %s %d %d %d %d", s, int{us}, int{us} >> 1, 0, d);
+  EXPECT_WRITES_AS_SNPRINTF("internalvlan %u %s", u, s);
+  EXPECT_WRITES_AS_SNPRINTF("encapvlan_routedport %s %u", s, u);
+  EXPECT_WRITES_AS_SNPRINTF("drvparams %d %d %d", d, static_cast<int>(u), -1);
+  EXPECT_WRITES_AS_SNPRINTF("lagmember_add %s %s %d", s, s, d);
+  EXPECT_WRITES_AS_SNPRINTF("tc_vpri_map_add %s %o", s, u);
+  EXPECT_WRITES_AS_SNPRINTF("tc_vpri_map_update %s %u %u", s, u, u / 3);
+  EXPECT_WRITES_AS_SNPRINTF("vcable_proto %hx", us);
+  EXPECT_WRITES_AS_SNPRINTF("vcable_muxid %s %hu", s, us);
+  EXPECT_WRITES_AS_SNPRINTF("%s %u %u", s, u, u >> 16);
+  EXPECT_WRITES_AS_SNPRINTF("/sbin/tc qdisc add dev %s root handle 1: prio", s);
+}
+
+TEST(CommandWriter, BoundsOfEveryArgumentKind) {
+  for (const char* s : {"et3_1", ""})
+    for (int d : {0, 1, -1, 9, 10, 99, 4096, INT_MAX, INT_MIN})
+      for (unsigned u : {0u, 1u, 7u, 8u, 255u, 256u, 65535u, 65536u, UINT_MAX})
+        everyCommandFormat(s, d, u);
+  // A name as long as the command buffer: every command is cut inside it.
+  const std::string longest(255, 'n');
+  everyCommandFormat(longest.c_str(), INT_MIN, UINT_MAX);
+}
+
+TEST(CommandWriter, RandomValues) {
+  std::mt19937 rng(11);
+  for (int i = 0; i < 300; ++i) {
+    std::string name(rng() % 40, 'a');
+    for (char& c : name) c = static_cast<char>('a' + rng() % 26);
+    everyCommandFormat(name.c_str(), static_cast<int>(rng()), static_cast<unsigned>(rng()));
+  }
+}
+
+TEST(CommandWriter, LengthModifiersKeepTheLowBits) {
+  for (int v : {0, 255, 256, -1, 65535, 65536, INT_MIN, INT_MAX}) {
+    EXPECT_WRITES_AS_SNPRINTF("%hd %hhd %hu %hhu %hx %hhX", v, v, v, v, v, v);
+    EXPECT_WRITES_AS_SNPRINTF("%i %x %X %o", v, v, v, v);
+  }
+}
+
+TEST(CommandWriter, CharactersPercentAndNullStrings) {
+  const char* volatile none = nullptr;  // hidden from the compiler
+  const char* nothing = none;
+  EXPECT_WRITES_AS_SNPRINTF("100%% %c%c %s", 'x', '\x7f', nothing);
+  EXPECT_WRITES_AS_SNPRINTF("%%%s%%", "");
+}
+
+TEST(CommandWriter, FormatsWithoutConversions) {
+  char buf[8];
+  EXPECT_EQ(command<"devlist">(buf), 7);
+  EXPECT_STREQ(buf, "devlist");
+  EXPECT_EQ(command<"devparamslist">(buf), 13);
+  EXPECT_STREQ(buf, "devpara");
+}
+
+}  // namespace
