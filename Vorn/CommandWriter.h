@@ -55,9 +55,9 @@ struct Pieces {
   std::array<std::size_t, Convs + 1> runEnd{};
 };
 
-// Parses the conversion at `i` (just past the percent sign); `width` and
-// `next` tell what it is and where the next run starts. Throws (a compile
-// error, since it runs in a constant expression) on anything unsupported.
+// Parses the conversion at `i` (just past the percent sign): what it is and
+// where the literal run after it starts. Throws (a compile error, since it
+// runs in a constant expression) on anything unsupported.
 consteval Conversion parseConversion(const char* f, std::size_t i) {
   Width width = Width::kInt;
   if (f[i] == 'h') {
@@ -67,18 +67,18 @@ consteval Conversion parseConversion(const char* f, std::size_t i) {
       ++i;
     }
   }
-  Conv conv{};
-  switch (f[i]) {
-    case 's': conv = Conv::kString; break;
-    case 'c': conv = Conv::kChar; break;
-    case 'd':
-    case 'i': conv = Conv::kSigned; break;
-    case 'u': conv = Conv::kUnsigned; break;
-    case 'o': conv = Conv::kOctal; break;
-    case 'x': conv = Conv::kHex; break;
-    case 'X': conv = Conv::kHexUpper; break;
-    default: throw "unsupported conversion in a command format";
-  }
+  struct Letter {
+    char letter;
+    Conv conv;
+  };
+  constexpr Letter kLetters[] = {{'s', Conv::kString}, {'c', Conv::kChar},     {'d', Conv::kSigned},
+                                 {'i', Conv::kSigned}, {'u', Conv::kUnsigned}, {'o', Conv::kOctal},
+                                 {'x', Conv::kHex},    {'X', Conv::kHexUpper}};
+  const Letter* found = nullptr;
+  for (const Letter& l : kLetters)
+    if (l.letter == f[i]) found = &l;
+  if (!found) throw "unsupported conversion in a command format";
+  const Conv conv = found->conv;
   if ((conv == Conv::kString || conv == Conv::kChar) && width != Width::kInt)
     throw "length modifier on %s or %c";
   return {conv, width, i + 1};
@@ -156,8 +156,7 @@ consteval bool accepts() {
 // snprintf's result does.
 class Out {
  public:
-  Out(char* buf, std::size_t size) noexcept
-      : p_(buf), room_(size ? size - 1 : 0), size_(size) {}
+  Out(char* buf, std::size_t size) noexcept : p_(buf), room_(size ? size - 1 : 0), size_(size) {}
 
   template <std::size_t N>
   void literal(const std::array<char, N>& text) noexcept {

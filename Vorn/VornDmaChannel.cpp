@@ -51,7 +51,9 @@ int openFabric() {
 
 }  // namespace dma
 
-int fab_ioctl(char* buf, unsigned int size) { return dma::fabIoctl(buf, size); }
+int fab_ioctl(char* buf, unsigned int size) {
+  return dma::fabIoctl(buf, size);
+}
 
 void syserr(const char* what) {
   std::perror(what);
@@ -80,6 +82,8 @@ bool vornDmaProcVornDmaPresent() {
   return canOpen("/proc/vorn-dma");
 }
 
-bool vornDmaDevFabricPresent() { return canOpen("/dev/fabric"); }
+bool vornDmaDevFabricPresent() {
+  return canOpen("/dev/fabric");
+}
 
 }  // namespace Hardware::Vorn

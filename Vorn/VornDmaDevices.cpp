@@ -68,7 +68,8 @@ int vornDmaDeviceParam(Mox::String name, FapType type, FapId id, unsigned int p1
   if (simulation()) return 0;
   char buf[kCommandSize];
   command<"devparams %s %u %u %u %u %u %u %u %u">(buf, name.charPtr(), static_cast<unsigned>(type),
-          static_cast<unsigned>(id.value()), p1, p2, p3, p4, p5, p6);
+                                                  static_cast<unsigned>(id.value()), p1, p2, p3, p4,
+                                                  p5, p6);
   int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc == 0 || rc == EBUSY) return rc;
   VORN_DMA_ERROR("vornDmaDeviceParam", buf, rc);
@@ -154,12 +155,14 @@ Mox::String listing(const char* keyword, const char* fn, const char* fnText) {
 
 Mox::String vornDmaListUpDevices() {
   if (simulation()) return Mox::String();
-  return listing("devlist", "vornDmaListUpDevices", "Mox::String Hardware::Vorn::vornDmaListUpDevices()");
+  return listing("devlist", "vornDmaListUpDevices",
+                 "Mox::String Hardware::Vorn::vornDmaListUpDevices()");
 }
 
 Mox::String vornDmaListDeviceParams() {
   if (simulation()) return Mox::String();
-  return listing("devparamslist", "vornDmaListDeviceParams", "Mox::String Hardware::Vorn::vornDmaListDeviceParams()");
+  return listing("devparamslist", "vornDmaListDeviceParams",
+                 "Mox::String Hardware::Vorn::vornDmaListDeviceParams()");
 }
 
 }  // namespace Hardware::Vorn

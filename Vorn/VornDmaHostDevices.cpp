@@ -140,10 +140,10 @@ int vornDmaIfadd(const char* ifname, int sysPort, int portArg, Mox::String devNa
                     "int Hardware::Vorn::vornDmaIfadd(const char*, int, int, Mox::String, bool, "
                     "bool, const char*)");
     command<"ifadd %s %d %d %s %s %s">(buf, ifname, sysPort, portArg, devName.charPtr(), macAddr,
-            keywordOf(ctrl));
+                                       keywordOf(ctrl));
   } else {
     command<"ifadd %s %d %d %s %s">(buf, ifname, sysPort, portArg, devName.charPtr(),
-            keywordOf(ctrl));
+                                    keywordOf(ctrl));
   }
 
   VORN_DMA_TRACE(2, "vornDmaIfadd: command ", buf);
@@ -215,7 +215,7 @@ int vornDmaVlanVsiAdd(const char* ifname, unsigned short startVlanId, unsigned s
   if (simulation()) return 0;
   char buf[kCommandSize];
   command<"vlan_vsi_add %s %d %d %d %d">(buf, ifname, int{startVlanId}, int{endVlanId},
-          int{innerVlanId}, int{vsi});
+                                         int{innerVlanId}, int{vsi});
   return sendTraced("vornDmaVlanVsiAdd", buf, __LINE__);
 }
 
@@ -226,7 +226,7 @@ int vornDmaVlanVsiDel(const char* ifname, unsigned short startVlanId, unsigned s
   if (simulation()) return 0;
   char buf[kCommandSize];
   command<"vlan_vsi_del %s %d %d %d">(buf, ifname, int{startVlanId}, int{endVlanId},
-          int{innerVlanId});
+                                      int{innerVlanId});
   return sendTraced("vornDmaVlanVsiDel", buf, __LINE__);
 }
 

@@ -43,7 +43,7 @@ unsigned int vornDmaVirtualMacSet(Wirl::EthAddrWithMask mac) {
   if (simulation()) return 0;
   char buf[kCommandSize];
   command<"virtualmac %s %s">(buf, mac.addr().stringValue().charPtr(),
-          mac.mask().stringValue().charPtr());
+                              mac.mask().stringValue().charPtr());
   return VORN_DMA_SEND("vornDmaVirtualMacSet", buf, kL3Rule);
 }
 

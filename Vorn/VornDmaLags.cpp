@@ -28,10 +28,13 @@ constexpr int kMemberMaxRetries = 10;
 // The listing is read in large pieces and split into lines here.
 constexpr std::size_t kListingChunk = 64 * 1024;
 
-constexpr const char kListLagsFn[] = "Hardware::Vorn::VornDmaLags::Ptr Hardware::Vorn::vornDmaListLags()";
+constexpr const char kListLagsFn[] =
+    "Hardware::Vorn::VornDmaLags::Ptr Hardware::Vorn::vornDmaListLags()";
 
 // The member and config commands do nothing in SAI mode.
-bool skipMemberCommand() { return simulation() || saimode(); }
+bool skipMemberCommand() {
+  return simulation() || saimode();
+}
 
 // Closes a descriptor of the kernel seam on every path out of a scope.
 class ScopedFd {
@@ -61,7 +64,7 @@ int vornDmaSetLagMode(unsigned lagMode, unsigned lagParam, FapType fapType) {
   if (simulation()) return 0;
   char buf[kCommandSize];
   command<"drvparams %d %d %d">(buf, static_cast<int>(lagMode), static_cast<int>(lagParam),
-          static_cast<int>(fapType));
+                                static_cast<int>(fapType));
   int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc != 0) VORN_DMA_ERROR("vornDmaSetLagMode", buf, rc);
   return rc;

@@ -23,7 +23,9 @@ inline Mox::TraceHandle& trace() {
 }
 
 // True when SIMULATION_VMID is set (read at every call).
-inline bool simulation() { return Kernel::getenv("SIMULATION_VMID") != nullptr; }
+inline bool simulation() {
+  return Kernel::getenv("SIMULATION_VMID") != nullptr;
+}
 
 // The "/dev/fabric" descriptor, opened at the first command and never closed.
 // Two threads racing at the first use may both open it; the last one stored
@@ -55,6 +57,7 @@ void errorTrace(const char* fn, const char* cmd, int rc, unsigned line);
 
 }  // namespace Hardware::Vorn::dma
 
-#define VORN_DMA_TRACE(level, ...) \
-  MOX_TRACE_AT(::Hardware::Vorn::dma::trace(), level, ::Hardware::Vorn::dma::kTraceFile, __VA_ARGS__)
+#define VORN_DMA_TRACE(level, ...)                                                       \
+  MOX_TRACE_AT(::Hardware::Vorn::dma::trace(), level, ::Hardware::Vorn::dma::kTraceFile, \
+               __VA_ARGS__)
 #define VORN_DMA_ERROR(fn, cmd, rc) ::Hardware::Vorn::dma::errorTrace(fn, cmd, rc, __LINE__)

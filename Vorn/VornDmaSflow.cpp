@@ -57,8 +57,8 @@ void vornDmaSflowSampleRateSet(U32 sampleRate, U32 HwSampleRate, bool dropEnable
                   "Hardware::Vorn::FapType)");
   char buf[kCommandSize];
   command<"sflow_drop_threshold %u %u">(buf,
-          sflowDropThreshold(sampleRate, HwSampleRate, dropEnabled),
-          static_cast<unsigned>(fapType));
+                                        sflowDropThreshold(sampleRate, HwSampleRate, dropEnabled),
+                                        static_cast<unsigned>(fapType));
   int rc = dma::fabIoctl(buf, kCommandSize);
   VORN_DMA_TRACE(8, "vornDmaSflowSampleRateSet: ", "sampleRate ", sampleRate, " ", "HwSampleRate ",
                  HwSampleRate, " ", buf);

@@ -74,7 +74,9 @@ void ratio(const std::string& label, const std::string& numerator, const std::st
   ratios().push_back({label, numerator, denominator, target});
 }
 
-std::size_t allocations() noexcept { return tAllocations; }
+std::size_t allocations() noexcept {
+  return tAllocations;
+}
 
 }  // namespace VornBench
 
@@ -83,8 +85,12 @@ void* operator new(std::size_t n) {
   if (void* p = std::malloc(n ? n : 1)) return p;
   throw std::bad_alloc();
 }
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+void operator delete(void* p) noexcept {
+  std::free(p);
+}
+void operator delete(void* p, std::size_t) noexcept {
+  std::free(p);
+}
 
 int main(int argc, char** argv) {
   std::vector<char*> args = VornBench::withDefaultRepetitions(argc, argv);

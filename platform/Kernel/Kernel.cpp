@@ -11,8 +11,12 @@ extern char** environ;
 namespace Kernel {
 namespace {
 
-int linuxOpen(const char* path, int flags) { return ::open(path, flags | O_CLOEXEC); }
-int linuxUsleep(unsigned int usec) { return ::usleep(usec); }
+int linuxOpen(const char* path, int flags) {
+  return ::open(path, flags | O_CLOEXEC);
+}
+int linuxUsleep(unsigned int usec) {
+  return ::usleep(usec);
+}
 // getenv without its per-entry string compare set-up: the library asks for
 // SIMULATION_VMID before every command, so this scan is on the command path.
 const char* linuxGetenv(const char* name) {
@@ -30,18 +34,22 @@ const char* linuxGetenv(const char* name) {
 }
 
 const Ops kLinux = {
-    linuxOpen, ::close,   detail::linuxIoctl, ::read,     ::write,    ::socket,     ::bind,
-    ::opendir, ::readdir, ::closedir, ::sysconf, linuxUsleep, linuxGetenv,
+    linuxOpen, ::close,   detail::linuxIoctl, ::read,    ::write,     ::socket,    ::bind,
+    ::opendir, ::readdir, ::closedir,         ::sysconf, linuxUsleep, linuxGetenv,
 };
 
 }  // namespace
 
 namespace detail {
 const Ops* activeOps = &kLinux;
-int linuxIoctl(int fd, unsigned long request, void* arg) { return ::ioctl(fd, request, arg); }
+int linuxIoctl(int fd, unsigned long request, void* arg) {
+  return ::ioctl(fd, request, arg);
+}
 }  // namespace detail
 
-const Ops& linuxOps() noexcept { return kLinux; }
+const Ops& linuxOps() noexcept {
+  return kLinux;
+}
 
 const Ops* opsIs(const Ops* ops) noexcept {
   const Ops* previous = detail::activeOps;

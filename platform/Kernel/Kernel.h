@@ -42,7 +42,9 @@ int linuxIoctl(int fd, unsigned long request, void* arg);
 }  // namespace detail
 
 // The operations in force.
-inline const Ops& ops() noexcept { return *detail::activeOps; }
+inline const Ops& ops() noexcept {
+  return *detail::activeOps;
+}
 // Installs `ops` (null: Linux again) and returns the table it replaces. The
 // table must outlive its use; install it before the calls it should see.
 const Ops* opsIs(const Ops* ops) noexcept;
@@ -59,8 +61,12 @@ class ScopedOps {
   const Ops* previous_;
 };
 
-inline int open(const char* path, int flags) { return ops().open(path, flags); }
-inline int close(int fd) { return ops().close(fd); }
+inline int open(const char* path, int flags) {
+  return ops().open(path, flags);
+}
+inline int close(int fd) {
+  return ops().close(fd);
+}
 // While the table in force uses Linux's ioctl, the C library is called from
 // here rather than through the table: every return still pending when a
 // system call comes back is mispredicted, so the command path keeps its
@@ -70,15 +76,35 @@ inline int ioctl(int fd, unsigned long request, void* arg) {
   if (call == &detail::linuxIoctl) return ::ioctl(fd, request, arg);
   return call(fd, request, arg);
 }
-inline ssize_t read(int fd, void* buf, std::size_t n) { return ops().read(fd, buf, n); }
-inline ssize_t write(int fd, const void* buf, std::size_t n) { return ops().write(fd, buf, n); }
-inline int socket(int domain, int type, int protocol) { return ops().socket(domain, type, protocol); }
-inline int bind(int fd, const struct sockaddr* addr, socklen_t len) { return ops().bind(fd, addr, len); }
-inline DIR* opendir(const char* path) { return ops().opendir(path); }
-inline struct dirent* readdir(DIR* dir) { return ops().readdir(dir); }
-inline int closedir(DIR* dir) { return ops().closedir(dir); }
-inline long sysconf(int name) { return ops().sysconf(name); }
-inline int usleep(unsigned int usec) { return ops().usleep(usec); }
-inline const char* getenv(const char* name) { return ops().getenv(name); }
+inline ssize_t read(int fd, void* buf, std::size_t n) {
+  return ops().read(fd, buf, n);
+}
+inline ssize_t write(int fd, const void* buf, std::size_t n) {
+  return ops().write(fd, buf, n);
+}
+inline int socket(int domain, int type, int protocol) {
+  return ops().socket(domain, type, protocol);
+}
+inline int bind(int fd, const struct sockaddr* addr, socklen_t len) {
+  return ops().bind(fd, addr, len);
+}
+inline DIR* opendir(const char* path) {
+  return ops().opendir(path);
+}
+inline struct dirent* readdir(DIR* dir) {
+  return ops().readdir(dir);
+}
+inline int closedir(DIR* dir) {
+  return ops().closedir(dir);
+}
+inline long sysconf(int name) {
+  return ops().sysconf(name);
+}
+inline int usleep(unsigned int usec) {
+  return ops().usleep(usec);
+}
+inline const char* getenv(const char* name) {
+  return ops().getenv(name);
+}
 
 }  // namespace Kernel

@@ -41,10 +41,13 @@ double measureTickRate() {
   do {
     b = clockPair();
   } while (b.monotonicNs - a.monotonicNs < 1000000);
-  return static_cast<double>(b.ticks - a.ticks) / static_cast<double>(b.monotonicNs - a.monotonicNs);
+  return static_cast<double>(b.ticks - a.ticks) /
+         static_cast<double>(b.monotonicNs - a.monotonicNs);
 }
 
-Header* header(unsigned char* base) { return reinterpret_cast<Header*>(base); }
+Header* header(unsigned char* base) {
+  return reinterpret_cast<Header*>(base);
+}
 
 Slot* slots(unsigned char* base) {
   return reinterpret_cast<Slot*>(base + format::kHeaderSize + format::kDescriptorBytes);
@@ -92,7 +95,9 @@ RingFile::~RingFile() {
   if (base_) ::munmap(base_, size_);
 }
 
-std::uint32_t RingFile::slotCount() const noexcept { return slotCount_; }
+std::uint32_t RingFile::slotCount() const noexcept {
+  return slotCount_;
+}
 
 void RingFile::storeDescriptor(MsgId id) noexcept {
   if (id >= kMaxStoredIds) return;
@@ -119,8 +124,8 @@ void RingFile::storeDescriptor(MsgId id) noexcept {
 // reader measures the tick rate over the file's whole life.
 void RingFile::refreshClock(std::uint64_t now) noexcept {
   std::uint64_t due = nextRefresh_.load(std::memory_order_relaxed);
-  if (now < due || !nextRefresh_.compare_exchange_strong(due, now + refreshTicks_,
-                                                         std::memory_order_relaxed))
+  if (now < due ||
+      !nextRefresh_.compare_exchange_strong(due, now + refreshTicks_, std::memory_order_relaxed))
     return;
   Header* h = header(base_);
   std::uint32_t next = h->laterIndex.load(std::memory_order_relaxed) ^ 1u;
@@ -212,7 +217,8 @@ RingFile* openDefaultRingFile(const char* name) {
     if (v) bytes = static_cast<std::size_t>(v);
   }
   char path[4096];
-  std::snprintf(path, sizeof path, "%s/%s-%d.rlog", dir.c_str(), name, static_cast<int>(::getpid()));
+  std::snprintf(path, sizeof path, "%s/%s-%d.rlog", dir.c_str(), name,
+                static_cast<int>(::getpid()));
   auto* file = new RingFile(path, bytes);  // lives for the process
   if (!file->ok()) {
     delete file;

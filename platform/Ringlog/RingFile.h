@@ -74,9 +74,9 @@ RingFile* openDefaultRingFile(const char* name);
 struct DecodedRecord {
   enum class Block : std::uint8_t { kNone, kOpen, kClosed };
   std::uint64_t sequence;
-  std::int64_t wallNs;  // nanoseconds since the epoch
-  std::string text;     // the rendered message
-  Block block = Block::kNone;  // a block timer's record: still open, or closed
+  std::int64_t wallNs;          // nanoseconds since the epoch
+  std::string text;             // the rendered message
+  Block block = Block::kNone;   // a block timer's record: still open, or closed
   std::uint64_t elapsedNs = 0;  // a closed block's length
 };
 

@@ -85,7 +85,8 @@ std::vector<Arg> payloadArgs(const Slot& s) {
       arg.len = len;
       p += 2 + len;
     } else if ((type == format::kTypeInt || type == format::kTypeUint ||
-                type == format::kTypeDouble) && p + 8 <= end) {
+                type == format::kTypeDouble) &&
+               p + 8 <= end) {
       arg.kind = type == format::kTypeInt    ? Arg::kInt
                  : type == format::kTypeUint ? Arg::kUint
                                              : Arg::kDouble;

@@ -47,7 +47,9 @@ const char* messageFormat(MsgId id) noexcept {
   return r.formats[id].load(std::memory_order_relaxed);
 }
 
-MsgId messageCount() noexcept { return registry().count.load(std::memory_order_acquire); }
+MsgId messageCount() noexcept {
+  return registry().count.load(std::memory_order_acquire);
+}
 
 void defaultFileIs(TraceFile* file) noexcept {
   detail::defaultFile.store(file, std::memory_order_release);

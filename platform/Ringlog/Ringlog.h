@@ -170,17 +170,17 @@ class BlockTimer {
 
 // Writes one message to the default trace file, if there is one. The
 // descriptor is registered at the first call of this call site.
-#define RINGLOG(format, ...)                                                   \
-  do {                                                                         \
-    if (::Ringlog::TraceFile* rl_file_ = ::Ringlog::defaultFile()) {           \
+#define RINGLOG(format, ...)                                                     \
+  do {                                                                           \
+    if (::Ringlog::TraceFile* rl_file_ = ::Ringlog::defaultFile()) {             \
       static const ::Ringlog::MsgId rl_id_ = ::Ringlog::registerMessage(format); \
-      ::Ringlog::write(rl_file_, rl_id_ __VA_OPT__(, ) __VA_ARGS__);           \
-    }                                                                          \
+      ::Ringlog::write(rl_file_, rl_id_ __VA_OPT__(, ) __VA_ARGS__);             \
+    }                                                                            \
   } while (0)
 
 // Opens a block-timer message that ends with the enclosing scope.
-#define RINGLOG_BLOCK(format, ...)                                                             \
-  static const ::Ringlog::MsgId RINGLOG_CAT_(rl_block_id_, __LINE__) =                         \
-      ::Ringlog::registerMessage(format);                                                      \
-  ::Ringlog::BlockTimer RINGLOG_CAT_(rl_block_, __LINE__)(RINGLOG_CAT_(rl_block_id_, __LINE__) \
-                                                              __VA_OPT__(, ) __VA_ARGS__)
+#define RINGLOG_BLOCK(format, ...)                                     \
+  static const ::Ringlog::MsgId RINGLOG_CAT_(rl_block_id_, __LINE__) = \
+      ::Ringlog::registerMessage(format);                              \
+  ::Ringlog::BlockTimer RINGLOG_CAT_(                                  \
+      rl_block_, __LINE__)(RINGLOG_CAT_(rl_block_id_, __LINE__) __VA_OPT__(, ) __VA_ARGS__)

@@ -18,19 +18,19 @@ namespace {
 
 // Formats with both at every capacity from 0 to past the text's length, and
 // checks that nothing past the capacity is touched.
-#define EXPECT_WRITES_AS_SNPRINTF(fmt, ...)                                                  \
-  do {                                                                                       \
-    char want[640], got[640];                                                                \
-    int full = std::snprintf(want, sizeof want, fmt, __VA_ARGS__);                           \
-    ASSERT_LT(full + 2, static_cast<int>(sizeof want));                                      \
-    for (std::size_t cap = 0; cap <= static_cast<std::size_t>(full) + 2; ++cap) {            \
-      std::memset(want, 'W', sizeof want);                                                   \
-      std::memset(got, 'W', sizeof got);                                                     \
-      int a = std::snprintf(want, cap, fmt, __VA_ARGS__);                                    \
-      int b = writeCommandInto<fmt>(got, cap, __VA_ARGS__);                                  \
-      ASSERT_EQ(a, b) << fmt << " cap " << cap;                                              \
+#define EXPECT_WRITES_AS_SNPRINTF(fmt, ...)                                                      \
+  do {                                                                                           \
+    char want[640], got[640];                                                                    \
+    int full = std::snprintf(want, sizeof want, fmt, __VA_ARGS__);                               \
+    ASSERT_LT(full + 2, static_cast<int>(sizeof want));                                          \
+    for (std::size_t cap = 0; cap <= static_cast<std::size_t>(full) + 2; ++cap) {                \
+      std::memset(want, 'W', sizeof want);                                                       \
+      std::memset(got, 'W', sizeof got);                                                         \
+      int a = std::snprintf(want, cap, fmt, __VA_ARGS__);                                        \
+      int b = writeCommandInto<fmt>(got, cap, __VA_ARGS__);                                      \
+      ASSERT_EQ(a, b) << fmt << " cap " << cap;                                                  \
       ASSERT_EQ(0, std::memcmp(want, got, sizeof want)) << fmt << " cap " << cap << ": " << got; \
-    }                                                                                        \
+    }                                                                                            \
   } while (0)
 
 // Every format the driver commands are written with, fed one value per

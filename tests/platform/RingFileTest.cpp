@@ -42,9 +42,8 @@ TEST(RingFile, EveryArgumentTypeRendersBack) {
     Ringlog::write(&file, id, "text", -5, 7u, 18446744073709551615ull, 255u, -9223372036854775807ll,
                    Mox::String("mox"), 2.5);
   }
-  EXPECT_THAT(texts(path),
-              ElementsAre("s=text i=-5 u=7 big=18446744073709551615 x=ff "
-                          "neg=-9223372036854775807 m=mox d=2.5"));
+  EXPECT_THAT(texts(path), ElementsAre("s=text i=-5 u=7 big=18446744073709551615 x=ff "
+                                       "neg=-9223372036854775807 m=mox d=2.5"));
   ::unlink(path.c_str());
 }
 
@@ -122,8 +121,9 @@ TEST(RingFile, BlockTimersAreOneRecordWithTheirLength) {
     EXPECT_LE(r.wallNs, after + 1000000);
   }
   EXPECT_GE(got[1].wallNs - got[0].wallNs, 19000000);
-  EXPECT_THAT(Ringlog::formatRecord(got[0]),
-              testing::MatchesRegex("[0-9-]+ [0-9:.]+ vornDmaIfdel ifname=et1 \\[took [0-9]+ ns\\]"));
+  EXPECT_THAT(
+      Ringlog::formatRecord(got[0]),
+      testing::MatchesRegex("[0-9-]+ [0-9:.]+ vornDmaIfdel ifname=et1 \\[took [0-9]+ ns\\]"));
   ::unlink(path.c_str());
 }
 
@@ -138,7 +138,8 @@ TEST(RingFile, ABlockThatNeverEndedReadsAsStillOpen) {
   std::vector<Ringlog::DecodedRecord> got = records(path);
   ASSERT_EQ(got.size(), 1u);
   EXPECT_EQ(got[0].block, Ringlog::DecodedRecord::Block::kOpen);
-  EXPECT_THAT(Ringlog::formatRecord(got[0]), testing::EndsWith("vornDmaIfadd ifname=et2 [still open]"));
+  EXPECT_THAT(Ringlog::formatRecord(got[0]),
+              testing::EndsWith("vornDmaIfadd ifname=et2 [still open]"));
   ::unlink(path.c_str());
 }
 

@@ -53,8 +53,8 @@ TEST(KernelSeam, GetenvReadsTheEnvironmentAsItIsNow) {
   EXPECT_STREQ(Kernel::getenv("VORN_KERNEL_TEST"), "one");
   ::setenv("VORN_KERNEL_TEST", "", 1);
   EXPECT_STREQ(Kernel::getenv("VORN_KERNEL_TEST"), "");
-  EXPECT_EQ(Kernel::getenv("VORN_KERNEL_TES"), nullptr);   // a prefix of a name
-  EXPECT_EQ(Kernel::getenv("VORN_KERNEL_TESTS"), nullptr); // longer than a name
+  EXPECT_EQ(Kernel::getenv("VORN_KERNEL_TES"), nullptr);    // a prefix of a name
+  EXPECT_EQ(Kernel::getenv("VORN_KERNEL_TESTS"), nullptr);  // longer than a name
   ::unsetenv("VORN_KERNEL_TEST");
   EXPECT_EQ(Kernel::getenv("VORN_KERNEL_TEST"), nullptr);
   EXPECT_EQ(Kernel::getenv(""), std::getenv(""));
