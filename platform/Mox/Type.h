@@ -92,10 +92,13 @@ class TypeRegistration {
 // Throws NewEntityArgumentsException naming argument `index` of `type`.
 [[noreturn]] void throwNewEntityArguments(const TypeRecord& type, std::size_t index);
 
-// Argument `index` of a generic construction as T; a value of another kind
-// raises NewEntityArgumentsException.
+// Argument `index` of a generic construction as T; a value of another kind,
+// or no value at all, raises NewEntityArgumentsException. Constructors are
+// exported and may be called with fewer arguments than they read, not only
+// through newObject, which checks the count first.
 template <typename T>
 T ctorArg(const TypeRecord& type, std::span<const Value> args, std::size_t index) {
+  if (index >= args.size()) throwNewEntityArguments(type, index);
   std::optional<T> v = args[index].as<T>();
   if (!v) throwNewEntityArguments(type, index);
   return *std::move(v);

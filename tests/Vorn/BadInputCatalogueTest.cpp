@@ -1,116 +1,94 @@
-// Outside input at its boundaries and beyond, family by family: each gets the
-// outcome the library gives it (an error number, a range exception, a value
-// that means "not found", a clean end of the process), never a memory error
-// or a silently wrong command. Cases that other suites already cover at
-// length (LAG listings, frame limits, identifier ranges, CoPP ports) are not
-// repeated here; the fuzz targets take the same inputs at random.
-#include <gmock/gmock.h>
+// Keeps the bad-input catalogue complete: every exported name is either
+// exercised by a catalogue test or listed below as taking nothing from
+// outside, and no name is both. The catalogue files register their names
+// with CATALOGUE_TEST (BadInputCatalogue.h).
 #include <gtest/gtest.h>
 
-#include <cerrno>
+#include <map>
+#include <set>
 #include <string>
 
-#include "Mox/RangeException.h"
-#include "Vorn/VornCommonUtils.h"
-#include "Vorn/VornDma.h"
-#include "emu/FabricDriver.h"
-#include "support/Support.h"
-
-using namespace Hardware::Vorn;
-using testing::ElementsAre;
+#include "Vorn/BadInputCatalogue.h"
 
 namespace {
 
-class DriverInput : public testing::Test {
- protected:
-  VornTest::ScopedEnv sim{"SIMULATION_VMID", std::nullopt};
-  Emu::FabricDriver driver;
-  void SetUp() override { driver.tcEmulatedIs(true); }
+const std::set<std::string> kExported = {
+#include "Vorn/ExportedNames.inc"
 };
 
-// A name longer than the command buffer is cut at its capacity, terminated,
-// and answered by the driver like any name it does not know.
-TEST_F(DriverInput, OverlongNamesAreCutAtTheBufferNotBeyondIt) {
-  const std::string longest(300, 'n');
-  EXPECT_EQ(vornDmaIfdel(longest.c_str()), ENODEV);
-  EXPECT_EQ(vornDmaDevcleanup(Mox::String(longest.c_str())), ENODEV);
-  EXPECT_EQ(vornDmaLagMemberConfigDel(longest.c_str(), longest.c_str()), EINVAL);
-  for (const std::string& sent : driver.commands()) EXPECT_EQ(sent.size(), kCommandSize - 1);
-  EXPECT_EQ(driver.commands()[0], "ifdel " + longest.substr(0, kCommandSize - 1 - 6));
+// Exported names that take no text, name, pointer or number from outside,
+// each with the reason.
+const std::map<std::string, const char*> kTakesNoOutsideInput = {
+    {"vornDmaProcVornDmaPresent", "no argument; a yes/no probe of a path"},
+    {"vornDmaDevFabricPresent", "no argument; a yes/no probe of a path"},
+    {"vornDmaDump", "no argument; copies the driver's file unread"},
+    {"getPtpClockQuality", "no argument; a constant"},
+    {"tcMaxRatioSp", "data: the library's own constant table"},
+    {"lowerDpMultiple", "data: the library's own constant table"},
+    {"ShapeRateSmState::~ShapeRateSmState", "destructor"},
+    {"ShapeRateSmState::isShapeRateSmReady", "getter"},
+    {"ShapeRateSmState::isAnchorIntfSmReady", "getter"},
+    {"ShapeRateSmState::isVornSubIntfSmReady", "getter"},
+    {"ShapeRateSmState::isVornTmSubIntfSmReady", "getter"},
+    {"ShapeRateSmState::isShapeRateSmReadyIs", "takes a bool only"},
+    {"ShapeRateSmState::isAnchorIntfSmReadyIs", "takes a bool only"},
+    {"ShapeRateSmState::isVornSubIntfSmReadyIs", "takes a bool only"},
+    {"ShapeRateSmState::isVornTmSubIntfSmReadyIs", "takes a bool only"},
+    {"ShapeRateSmState::fwkType", "no argument; the type record"},
+    {"ShapeRateSmState::moxAllocTrackTypeInfo_", "data: the allocation record"},
+    {"vtable for ShapeRateSmState", "compiler-made"},
+    {"typeinfo for ShapeRateSmState", "compiler-made"},
+    {"typeinfo name for ShapeRateSmState", "compiler-made"},
+    {"EgressBufferingSm::~EgressBufferingSm", "destructor"},
+    {"EgressBufferingSm::ebParams", "no argument; derived from the constructor's inputs"},
+    {"EgressBufferingSm::initialized", "getter"},
+    {"EgressBufferingSm::initializedIs", "takes a bool only"},
+    {"EgressBufferingSm::generateCgmConfigurations",
+     "no argument; runs on the constructor's inputs, catalogued there"},
+    {"EgressBufferingSm::generateEgqConfigurations",
+     "no argument; runs on the constructor's inputs, catalogued there"},
+    {"EgressBufferingSm::fwkType", "no argument; the type record"},
+    {"EgressBufferingSm::moxFwkActivity", "no argument; always null"},
+    {"EgressBufferingSm::moxDoZombieReactors", "takes a bool only, handed to the base"},
+    {"EgressBufferingSm::hasNotificationActiveIs", "takes a bool only, handed to the base"},
+    {"EgressBufferingSm::moxAllocTrackTypeInfo_", "data: the allocation record"},
+    {"vtable for EgressBufferingSm", "compiler-made"},
+    {"typeinfo for EgressBufferingSm", "compiler-made"},
+    {"typeinfo name for EgressBufferingSm", "compiler-made"},
+};
+
+// Every test named in the registry, as "Suite.Name".
+std::set<std::string> registeredTests() {
+  std::set<std::string> tests;
+  const testing::UnitTest& unit = *testing::UnitTest::GetInstance();
+  for (int i = 0; i < unit.total_test_suite_count(); ++i) {
+    const testing::TestSuite& suite = *unit.GetTestSuite(i);
+    for (int j = 0; j < suite.total_test_count(); ++j)
+      tests.insert(std::string(suite.name()) + "." + suite.GetTestInfo(j)->name());
+  }
+  return tests;
 }
 
-TEST_F(DriverInput, EmptyNamesReachTheDriverAsTheyAre) {
-  EXPECT_EQ(vornDmaIfdel(""), ENODEV);
-  EXPECT_EQ(vornDmaDeviceUp(""), ENODEV);
-  EXPECT_THAT(driver.commands(), ElementsAre("ifdel ", "devstate  up"));
-}
-
-// The MAC text is parsed without validation: missing groups are 0, garbage
-// converts as strtoul converts it, and nothing past the text is read.
-TEST_F(DriverInput, MacTextsShortEmptyOrGarbage) {
-  const std::pair<const char*, Wirl::EthAddr> cases[] = {
-      {"02:00:00:aa:bb:cc", Wirl::EthAddr(2, 0, 0, 0xaa, 0xbb, 0xcc)},
-      {"02:00", Wirl::EthAddr(2, 0, 0, 0, 0, 0)},
-      {"", Wirl::EthAddr()},
-      {"zz:zz:zz:zz:zz:zz", Wirl::EthAddr()},
-      {"0a-0b-0c-0d-0e-0f", Wirl::EthAddr(10, 11, 12, 13, 14, 15)},
-      // A group read past its two digits keeps its low 8 bits; the next group
-      // then starts at a separator and reads 0.
-      {"102:00:00:00:00:03", Wirl::EthAddr(2, 0, 0, 0, 0, 0)},
-  };
-  for (const auto& [text, want] : cases) {
-    ASSERT_EQ(vornDmaIfadd("et1", 100, 0, Mox::String(), false, false, text), 0) << text;
-    EXPECT_EQ(driver.host().netdevs.at("et1").mac, want) << text;
-    ASSERT_EQ(vornDmaIfdel("et1"), 0);
+TEST(BadInputCatalogue, EveryExportedNameIsCataloguedOrTakesNoOutsideInput) {
+  const auto& covered = VornTest::catalogueCoverage();
+  for (const std::string& name : kExported) {
+    const bool isCovered = covered.count(name) != 0;
+    const bool isExcluded = kTakesNoOutsideInput.count(name) != 0;
+    EXPECT_TRUE(isCovered || isExcluded) << "no catalogue entry for " << name;
+    EXPECT_FALSE(isCovered && isExcluded) << name << " is catalogued and also excluded";
   }
 }
 
-TEST_F(DriverInput, NullMacIsAllowedOutsideSaiMode) {
-  EXPECT_EQ(vornDmaIfadd("et2", 101, 0, Mox::String("eth2"), false, false, nullptr), 0);
-  EXPECT_EQ(driver.host().netdevs.at("et2").mac, Wirl::EthAddr());
-}
-
-TEST_F(DriverInput, NumbersAtTheirWidths) {
-  EXPECT_EQ(vornDmaVlanVsiAdd("et3", 65535, 65535, 65535, 65535), EINVAL);  // no such VLAN
-  EXPECT_EQ(vornDmaIfPortUpdate("et3", -1), ENODEV);
-  EXPECT_EQ(vornDmaVcableSetProto(0xFFFF), 0u);
-  EXPECT_THAT(driver.commands(), ElementsAre("vlan_vsi_add et3 65535 65535 65535 65535",
-                                             "ifportupdate et3 -1", "vcable_proto ffff"));
-  EXPECT_EQ(vornDmaInternalSysPortIdIs(0xFFFF), 0x7FFF);
-}
-
-TEST(NameInput, VlanNamesThatAreNotNumbers) {
-  EXPECT_EQ(vlanNameToId(""), 0u);
-  EXPECT_EQ(vlanNameToId("Vlan10"), 0u);  // the caller passes the number text
-  EXPECT_EQ(vlanNameToId("10abc"), 10u);
-  EXPECT_EQ(vlanNameToId("4294967295"), 4294967295u);
-}
-
-TEST(NameInput, PortChannelNamesAtTheirEdges) {
-  EXPECT_EQ(portChannelId(""), -1);
-  EXPECT_EQ(portChannelId("Port-Channel"), 0);
-  EXPECT_EQ(portChannelId("po"), 0);
-  EXPECT_EQ(portChannelId("po-3"), -3);
-  EXPECT_EQ(portChannelId("PO3"), -1);
-  EXPECT_FALSE(isPortChannel(""));
-  EXPECT_FALSE(isRoutedPort("Ether"));
-}
-
-TEST(NameInput, FapNamesWithTheWordButLittleElse) {
-  EXPECT_EQ(fapNameToLinecardName("Fap"), "FixedSystem");
-  EXPECT_EQ(fapNameToLinecardName("Fap/"), "Linecard0");
-  EXPECT_EQ(fapNameToLinecardName("Jericho-7/1"), "Linecard-7");
-}
-
-TEST(NameInputDeathTest, FapNameWithoutAKnownWordEndsTheProcess) {
-  EXPECT_DEATH(fapNameToLinecardName(""), "^Failed\\(false\\) Incorrect fapName \n");
-}
-
-TEST(NameInput, InterfaceNamesThatAreNotInterfaceNames) {
-  for (const char* bad : {"Ethernet", "Ethernet-1", "Ethernet1/", "Port-Channel", "Vlan0",
-                          "Vlan4095", "ethernet1", "Ethernet1.0", "Ethernet1.x", " Ethernet1"})
-    EXPECT_THROW(Wirl::IntfId(Mox::String(bad)), Wirl::InvalidIntfName) << bad;
-  EXPECT_EQ(Wirl::IntfId(Mox::String("")), Wirl::IntfId());
+TEST(BadInputCatalogue, EveryCataloguedNameIsExportedAndItsTestsExist) {
+  const std::set<std::string> tests = registeredTests();
+  for (const auto& [name, byTests] : VornTest::catalogueCoverage()) {
+    EXPECT_TRUE(kExported.count(name)) << "catalogued but not exported: " << name;
+    for (const std::string& test : byTests)
+      EXPECT_TRUE(tests.count(test)) << name << " is claimed by a test that is not there: " << test;
+  }
+  for (const auto& [name, reason] : kTakesNoOutsideInput)
+    EXPECT_TRUE(kExported.count(name))
+        << "excluded but not exported: " << name << " (" << reason << ")";
 }
 
 }  // namespace

@@ -117,6 +117,9 @@ TEST(MoxType, GenericConstructionChecksItsArguments) {
   EXPECT_EQ(message("MoxTest::Lamp", text), "MoxTest::Lamp: argument name must be Mox::Name");
   EXPECT_EQ(message("MoxTest::Lamp", two), "MoxTest::Lamp: 1 arguments expected, 2 given");
   EXPECT_EQ(message("MoxTest::Nothing", good), "unknown type MoxTest::Nothing");
+  // Called directly, without the count check, a missing argument is a wrong
+  // one, not a read past the arguments.
+  EXPECT_THROW(newLamp(kLampType, {}), Mox::NewEntityArgumentsException);
 }
 
 TEST(MoxType, AllocationTrackerCountsLiveObjects) {
