@@ -85,8 +85,12 @@ int vornDmaDevcleanup(Mox::String name) {
   return rc;
 }
 
+namespace {
+
 // Sends "devstate"; 19 means the device is gone already and is not traced.
-int vornDmaSetDeviceState(Mox::String name, bool up) {
+// Expanded into its callers: no copy of the name, no call between them and
+// the system call.
+[[gnu::always_inline]] inline int setDeviceState(const Mox::String& name, bool up) {
   char buf[kCommandSize];
   command<"devstate %s %s">(buf, name.charPtr(), up ? "up" : "down");
   int rc = dma::fabIoctl(buf, kCommandSize);
@@ -94,14 +98,18 @@ int vornDmaSetDeviceState(Mox::String name, bool up) {
   return rc;
 }
 
+}  // namespace
+
+int vornDmaSetDeviceState(Mox::String name, bool up) { return setDeviceState(name, up); }
+
 int vornDmaDeviceUp(Mox::String name) {
   if (simulation()) return 0;
-  return vornDmaSetDeviceState(name, true);
+  return setDeviceState(name, true);
 }
 
 int vornDmaDeviceDown(Mox::String name) {
   if (simulation()) return 0;
-  return vornDmaSetDeviceState(name, false);
+  return setDeviceState(name, false);
 }
 
 int vornDmaGetDevStats(Mox::String name, fabdevstats* stats) {
