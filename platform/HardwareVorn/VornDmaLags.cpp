@@ -16,6 +16,11 @@ void LagDevice::lagMemberDeviceIs(const LagMemberDevice& member) {
   members_.insert_or_assign(member.name(), member);
 }
 
+void LagDevice::lagMemberDeviceIs(LagMemberDevice&& member) {
+  Mox::String name = member.name();
+  members_.insert_or_assign(std::move(name), std::move(member));
+}
+
 void LagDevice::lagMemberDeviceDel(const Mox::String& name) { members_.erase(name); }
 
 bool LagDevice::lagMemberConfig(const Mox::String& intfName) const {
@@ -26,10 +31,6 @@ bool LagDevice::lagMemberConfig(const Mox::String& intfName) const {
 void LagDevice::lagMemberConfigIs(Mox::String intfName, bool value) {
   // The driver lists config members in order: adding past the last one costs
   // no search.
-  if (config_.empty() || config_.rbegin()->first < intfName) {
-    config_.emplace_hint(config_.end(), std::move(intfName), value);
-    return;
-  }
   config_.insert_or_assign(std::move(intfName), value);
 }
 

@@ -15,6 +15,7 @@
 #include <map>
 
 #include "HardwareVorn/Ids.h"
+#include "Mox/FlatMap.h"
 #include "Mox/Name.h"
 #include "Mox/Ptr.h"
 #include "Mox/String.h"
@@ -50,8 +51,9 @@ class LagMemberDevice {
 // its config members by interface name.
 class LagDevice {
  public:
-  using LagMemberDeviceMap = std::map<Mox::String, LagMemberDevice>;
-  using LagMemberConfigMap = std::map<Mox::String, bool>;
+  // A LAG has tens of members at most: sorted vectors, not a node per entry.
+  using LagMemberDeviceMap = Mox::FlatMap<Mox::String, LagMemberDevice>;
+  using LagMemberConfigMap = Mox::FlatMap<Mox::String, bool>;
 
   // The empty record (no name, LAG id null): it stands for "no LAG".
   LagDevice() = default;
@@ -74,6 +76,7 @@ class LagDevice {
   const LagMemberDevice* lagMemberDevice(const Mox::String& name) const;
   // Inserts `member`, replacing one of the same name.
   void lagMemberDeviceIs(const LagMemberDevice& member);
+  void lagMemberDeviceIs(LagMemberDevice&& member);
   void lagMemberDeviceDel(const Mox::String& name);
 
   // Config members, keyed by interface name.
