@@ -124,6 +124,9 @@ class VornDmaLags : public Mox::PtrInterface {
   void lagDeviceIs(const LagDevice& lag);
   void lagDeviceIs(LagDevice&& lag);
   void lagDeviceDel(const Mox::String& name);
+  // The stored LAG named `name`, to change in place, or null. The pointer
+  // stays valid until that entry is replaced or removed.
+  LagDevice* lagDeviceInPlace(const Mox::String& name);
   // Adds a config member to the stored LAG `lagName` in place; the same result
   // as copying the entry, adding to the copy and storing it back, without the
   // copy. False (nothing changed) when there is no such LAG.

@@ -43,6 +43,10 @@ class FlatMap {
   // Returns the stored value.
   V& insert_or_assign(K key, V value) {
     if (entries_.empty() || entries_.back().first < key) {
+      // The first block already holds a few entries: a collection of this
+      // kind rarely stays at one or two.
+      if (entries_.size() == entries_.capacity())
+        entries_.reserve(std::max<std::size_t>(kFirstBlock, 2 * entries_.size()));
       entries_.emplace_back(std::move(key), std::move(value));
       return entries_.back().second;
     }
@@ -66,6 +70,8 @@ class FlatMap {
   bool operator==(const FlatMap&) const = default;
 
  private:
+  static constexpr std::size_t kFirstBlock = 8;
+
   // The first entry whose key is not less than `key`, of `entries_` as
   // const or not.
   template <typename Entries>

@@ -18,6 +18,8 @@
 #pragma once
 
 #include <atomic>
+#include <bit>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -102,7 +104,14 @@ class String {
   bool operator==(const char* other) const noexcept {
     return other ? view() == std::string_view(other) : empty();
   }
-  auto operator<=>(const String& other) const noexcept { return view() <=> other.view(); }
+  std::strong_ordering operator<=>(const String& other) const noexcept {
+    if (onHeap() || other.onHeap()) return view() <=> other.view();
+    // Two inline texts: their zero-padded bytes in order, as two big-endian
+    // words, then the length (which tells "ab" from "ab\0").
+    if (auto c = word(0) <=> other.word(0); c != 0) return c;
+    if (auto c = (word(8) >> 8) <=> (other.word(8) >> 8); c != 0) return c;
+    return bytes() <=> other.bytes();
+  }
 
   static constexpr std::size_t npos = static_cast<std::size_t>(-1);
 
@@ -139,6 +148,13 @@ class String {
   void clear() noexcept {
     std::memset(buf_, 0, kSize);
     buf_[kTag] = static_cast<char>(kInlineMax);
+  }
+  // Bytes [at, at + 8) as a big-endian number: compares as the bytes do.
+  std::uint64_t word(std::size_t at) const noexcept {
+    std::uint64_t w;
+    std::memcpy(&w, buf_ + at, sizeof w);
+    if constexpr (std::endian::native == std::endian::little) w = __builtin_bswap64(w);
+    return w;
   }
   void release() noexcept {
     if (onHeap()) Rep::unref(rep());
