@@ -1,6 +1,7 @@
 #include "Vorn/VornDmaLagListing.h"
 
 #include <algorithm>
+#include <array>
 #include <climits>
 #include <iterator>
 #include <utility>
@@ -11,10 +12,13 @@ namespace {
 // The section headers; which one opened a section makes no difference.
 constexpr std::string_view kSectionHeaders[] = {"lags:", "ilags:", "lagconfigmap:"};
 
-// isspace() of the C locale.
-bool isSpace(char c) noexcept {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
-}
+// isspace() of the C locale, as a table: it is asked of every character.
+constexpr auto kSpaces = [] {
+  std::array<bool, 256> table{};
+  for (unsigned char c : {' ', '\t', '\n', '\v', '\f', '\r'}) table[c] = true;
+  return table;
+}();
+bool isSpace(char c) noexcept { return kSpaces[static_cast<unsigned char>(c)]; }
 bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 // How a directive of a scanf format ended.
@@ -70,6 +74,12 @@ class Scanner {
   // (which matches any amount of white space, none included).
   Match text(std::string_view chars, bool spaced) noexcept {
     if (spaced) skipSpace();
+    // The common case whole; character by character only to tell how a
+    // mismatch ends the scan.
+    if (s_.substr(pos_, chars.size()) == chars) {
+      pos_ += chars.size();
+      return Match::kOk;
+    }
     for (char c : chars)
       if (Match m = literal(c); m != Match::kOk) return m;
     return Match::kOk;
@@ -91,8 +101,9 @@ class Scanner {
   Match word(std::size_t width, std::string_view& out) noexcept {
     skipSpace();
     if (pos_ == s_.size()) return Match::kInputFailure;
-    std::size_t start = pos_;
-    while (pos_ < s_.size() && !isSpace(s_[pos_]) && pos_ - start < width) ++pos_;
+    const std::size_t start = pos_;
+    const std::size_t stop = start + std::min(width, s_.size() - start);
+    while (pos_ != stop && !isSpace(s_[pos_])) ++pos_;
     out = s_.substr(start, pos_ - start);
     return Match::kOk;
   }
@@ -209,6 +220,8 @@ LineOutcome LagListingParser::lagLine(std::string_view text, int number, bool ha
     id = LagId(value);
   }
   LagDevice lag(lagName(number), id);
+  // A member is a name and an id after "po<N> <id>": about one per two blanks.
+  lag.lagMemberDeviceReserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), ' ')) / 2);
   // Members: every "et" starts a member name that runs to the next blank; the
   // token after the one blank is its id. The search is plain substring search
   // from the start of the line, and what lies between hits is skipped unread.

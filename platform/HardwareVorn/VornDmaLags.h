@@ -78,6 +78,9 @@ class LagDevice {
   void lagMemberDeviceIs(const LagMemberDevice& member);
   void lagMemberDeviceIs(LagMemberDevice&& member);
   void lagMemberDeviceDel(const Mox::String& name);
+  // Makes room for `count` members in all, so that adding them allocates at
+  // most once. A hint: any number is safe.
+  void lagMemberDeviceReserve(std::size_t count) { members_.reserve(count); }
 
   // Config members, keyed by interface name.
   const LagMemberConfigMap& lagMemberConfigs() const noexcept { return config_; }
