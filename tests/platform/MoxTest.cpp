@@ -12,6 +12,7 @@
 
 #include "HardwareVorn/Ids.h"
 #include "Mox/Assert.h"
+#include "Mox/FlatMap.h"
 #include "Mox/Ptr.h"
 #include "Mox/RangeException.h"
 #include "Mox/String.h"
@@ -206,6 +207,35 @@ TEST(MoxAssertDeathTest, FailsInEveryBuildTypeInTheCLibraryFormat) {
         MOX_ASSERT_TEXT(false, "\"false\" == nullptr", "f");
       },
       "^Failed\\(false\\) Incorrect fapName Xyz1/0\n.*Assertion `\"false\" == nullptr' failed");
+}
+
+TEST(MoxFlatMap, KeepsKeyOrderWhateverTheInsertionOrder) {
+  Mox::FlatMap<Mox::String, int> map;
+  // Listing order of member ids is not name order: et1_10 sorts before et1_2.
+  for (int id : {0, 1, 2, 10, 11, 3}) map.insert_or_assign(Mox::format("et1_%d", id), id);
+  std::vector<std::string> names;
+  for (const auto& [name, id] : map) names.push_back(name.stdString());
+  EXPECT_THAT(names, testing::ElementsAre("et1_0", "et1_1", "et1_10", "et1_11", "et1_2", "et1_3"));
+
+  // Replacing keeps one entry per key, wherever the key sits.
+  map.insert_or_assign("et1_10", 99);
+  map.insert_or_assign("et1_3", 98);
+  EXPECT_EQ(map.size(), 6u);
+  EXPECT_EQ(map.find("et1_10")->second, 99);
+  EXPECT_EQ(map.find("et1_3")->second, 98);
+  EXPECT_EQ(map.find("et1_4"), map.end());
+
+  EXPECT_TRUE(map.erase("et1_0"));
+  EXPECT_FALSE(map.erase("et1_0"));
+  EXPECT_FALSE(map.contains("et1_0"));
+  EXPECT_EQ(map.begin()->first, "et1_1");
+
+  // Equal when the entries are, however each was built.
+  Mox::FlatMap<Mox::String, int> other;
+  for (const auto& [name, id] : map) other.insert_or_assign(name, id);
+  EXPECT_EQ(other, map);
+  other.insert_or_assign("et1_1", 0);
+  EXPECT_NE(other, map);
 }
 
 }  // namespace
