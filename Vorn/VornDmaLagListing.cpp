@@ -1,8 +1,8 @@
 #include "Vorn/VornDmaLagListing.h"
 
 #include <algorithm>
+#include <array>
 #include <climits>
-#include <cstdio>
 #include <iterator>
 #include <utility>
 
@@ -12,10 +12,13 @@ namespace {
 // The section headers; which one opened a section makes no difference.
 constexpr std::string_view kSectionHeaders[] = {"lags:", "ilags:", "lagconfigmap:"};
 
-// isspace() of the C locale.
-bool isSpace(char c) noexcept {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
-}
+// isspace() of the C locale, as a table: it is asked of every character.
+constexpr auto kSpaces = [] {
+  std::array<bool, 256> table{};
+  for (unsigned char c : {' ', '\t', '\n', '\v', '\f', '\r'}) table[c] = true;
+  return table;
+}();
+bool isSpace(char c) noexcept { return kSpaces[static_cast<unsigned char>(c)]; }
 bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 // How a directive of a scanf format ended.
@@ -30,14 +33,19 @@ int stopped(Match m, int done) noexcept {
 // The digits at `pos` as strtol accumulates them: saturated at the range of
 // long. Advances `pos` past them; `any` tells whether there was one.
 long digitsToLong(std::string_view s, std::size_t& pos, bool negative, bool& any) noexcept {
-  const unsigned long limit =
-      negative ? static_cast<unsigned long>(LONG_MAX) + 1 : static_cast<unsigned long>(LONG_MAX);
+  // The magnitude may reach `limit`: one more digit overflows when the
+  // magnitude is past limit / 10, or at it and the digit is past limit % 10.
+  // Both are constants, so no digit costs a division.
+  constexpr unsigned long kPositive = static_cast<unsigned long>(LONG_MAX);
+  constexpr unsigned long kNegative = kPositive + 1;
+  const unsigned long cutoff = negative ? kNegative / 10 : kPositive / 10;
+  const unsigned long lastDigit = negative ? kNegative % 10 : kPositive % 10;
   unsigned long magnitude = 0;
   bool saturated = false;
   std::size_t start = pos;
   for (; pos < s.size() && isDigit(s[pos]); ++pos) {
     unsigned long digit = static_cast<unsigned long>(s[pos] - '0');
-    if (saturated || magnitude > (limit - digit) / 10) {
+    if (saturated || magnitude > cutoff || (magnitude == cutoff && digit > lastDigit)) {
       saturated = true;
       continue;
     }
@@ -66,6 +74,12 @@ class Scanner {
   // (which matches any amount of white space, none included).
   Match text(std::string_view chars, bool spaced) noexcept {
     if (spaced) skipSpace();
+    // The common case whole; character by character only to tell how a
+    // mismatch ends the scan.
+    if (s_.substr(pos_, chars.size()) == chars) {
+      pos_ += chars.size();
+      return Match::kOk;
+    }
     for (char c : chars)
       if (Match m = literal(c); m != Match::kOk) return m;
     return Match::kOk;
@@ -87,8 +101,9 @@ class Scanner {
   Match word(std::size_t width, std::string_view& out) noexcept {
     skipSpace();
     if (pos_ == s_.size()) return Match::kInputFailure;
-    std::size_t start = pos_;
-    while (pos_ < s_.size() && !isSpace(s_[pos_]) && pos_ - start < width) ++pos_;
+    const std::size_t start = pos_;
+    const std::size_t stop = start + std::min(width, s_.size() - start);
+    while (pos_ != stop && !isSpace(s_[pos_])) ++pos_;
     out = s_.substr(start, pos_ - start);
     return Match::kOk;
   }
@@ -102,18 +117,38 @@ class Scanner {
   std::size_t pos_ = 0;
 };
 
-// The driver's name of port-channel `number`: "po" and the number as an int
-// prints.
+// The driver's name of port-channel `number`: "po" and the number as "%d"
+// prints it (po-1 for -1). Written by hand: it is built for every line.
 Mox::String lagName(int number) {
-  char name[16];
-  int n = std::snprintf(name, sizeof name, "po%d", number);
-  return Mox::String(name, static_cast<std::size_t>(n));
+  char name[16] = {'p', 'o'};
+  std::size_t len = 2;
+  unsigned magnitude = static_cast<unsigned>(number);
+  if (number < 0) {
+    name[len++] = '-';
+    magnitude = 0u - magnitude;
+  }
+  char digits[10];
+  std::size_t count = 0;
+  do {
+    digits[count++] = static_cast<char>('0' + magnitude % 10);
+    magnitude /= 10;
+  } while (magnitude != 0);
+  while (count != 0) name[len++] = digits[--count];
+  return Mox::String(name, len);
 }
 
 // The end of the token that starts at `from`: the next blank, or the end.
 std::size_t tokenEnd(std::string_view s, std::size_t from) noexcept {
-  std::size_t blank = s.find(' ', from);
-  return blank == std::string_view::npos ? s.size() : blank;
+  // Tokens are a few characters: a plain loop beats a call to memchr.
+  while (from < s.size() && s[from] != ' ') ++from;
+  return from;
+}
+
+// Where the next "et" at or after `from` starts, or npos.
+std::size_t findEt(std::string_view s, std::size_t from) noexcept {
+  for (; from + 1 < s.size(); ++from)
+    if (s[from] == 'e' && s[from + 1] == 't') return from;
+  return std::string_view::npos;
 }
 
 }  // namespace
@@ -185,11 +220,13 @@ LineOutcome LagListingParser::lagLine(std::string_view text, int number, bool ha
     id = LagId(value);
   }
   LagDevice lag(lagName(number), id);
+  // A member is a name and an id after "po<N> <id>": about one per two blanks.
+  lag.lagMemberDeviceReserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), ' ')) / 2);
   // Members: every "et" starts a member name that runs to the next blank; the
   // token after the one blank is its id. The search is plain substring search
   // from the start of the line, and what lies between hits is skipped unread.
   std::size_t pos = 0;
-  for (std::size_t at; (at = text.find("et", pos)) != std::string_view::npos;) {
+  for (std::size_t at; (at = findEt(text, pos)) != std::string_view::npos;) {
     const std::size_t nameEnd = tokenEnd(text, at);
     const std::size_t idStart = nameEnd < text.size() ? nameEnd + 1 : nameEnd;
     const std::size_t idEnd = tokenEnd(text, idStart);
@@ -200,6 +237,7 @@ LineOutcome LagListingParser::lagLine(std::string_view text, int number, bool ha
                                           LagMemberId(memberId), false));
     pos = idEnd;
   }
+  configLag_ = nullptr;  // the entry it points to may be the one replaced
   table_.lagDeviceIs(std::move(lag));
   return {LineKind::kLag};
 }
@@ -212,10 +250,14 @@ LineOutcome LagListingParser::configLine(std::string_view text) {
     return {LineKind::kAssertionFailed, "matches == 3"};
   // A config line adds to its LAG in place: the same table as copying the
   // entry, adding to the copy and storing it back, without copying all the
-  // LAG's config members per line.
-  if (!table_.lagDeviceMemberConfigIs(lagName(number), Mox::String(intfName.data(), intfName.size()),
-                                      true))
-    return {LineKind::kAssertionFailed, "!!lagDevice"};
+  // LAG's config members per line. The config lines of one LAG come
+  // together, so the LAG of the previous line is kept at hand.
+  if (configLag_ == nullptr || number != configLagNumber_) {
+    configLag_ = table_.lagDeviceInPlace(lagName(number));
+    configLagNumber_ = number;
+    if (configLag_ == nullptr) return {LineKind::kAssertionFailed, "!!lagDevice"};
+  }
+  configLag_->lagMemberConfigIs(Mox::String(intfName.data(), intfName.size()), true);
   return {LineKind::kConfig};
 }
 

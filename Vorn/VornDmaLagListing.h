@@ -65,7 +65,8 @@ struct LineOutcome {
 
 // Reads the listing, line by line or chunk by chunk, into `table`. After the
 // first failure it reads nothing more and keeps reporting that failure; what
-// it stored before stays in the table. `table` must outlive the parser.
+// it stored before stays in the table. `table` must outlive the parser, and
+// nothing else may change it while the parser reads into it.
 class LagListingParser {
  public:
   explicit LagListingParser(VornDmaLags& table) noexcept : table_(table) {}
@@ -84,6 +85,10 @@ class LagListingParser {
   LineOutcome configLine(std::string_view text);
 
   VornDmaLags& table_;
+  // The LAG the last config line added to, and its number; null after a LAG
+  // line, which may replace it.
+  LagDevice* configLag_ = nullptr;
+  int configLagNumber_ = 0;
   bool inSection_ = false;
   LineOutcome failure_;
   std::string partial_;  // the start of a line split across pieces

@@ -16,6 +16,11 @@ void LagDevice::lagMemberDeviceIs(const LagMemberDevice& member) {
   members_.insert_or_assign(member.name(), member);
 }
 
+void LagDevice::lagMemberDeviceIs(LagMemberDevice&& member) {
+  Mox::String name = member.name();
+  members_.insert_or_assign(std::move(name), std::move(member));
+}
+
 void LagDevice::lagMemberDeviceDel(const Mox::String& name) { members_.erase(name); }
 
 bool LagDevice::lagMemberConfig(const Mox::String& intfName) const {
@@ -26,10 +31,6 @@ bool LagDevice::lagMemberConfig(const Mox::String& intfName) const {
 void LagDevice::lagMemberConfigIs(Mox::String intfName, bool value) {
   // The driver lists config members in order: adding past the last one costs
   // no search.
-  if (config_.empty() || config_.rbegin()->first < intfName) {
-    config_.emplace_hint(config_.end(), std::move(intfName), value);
-    return;
-  }
   config_.insert_or_assign(std::move(intfName), value);
 }
 
@@ -43,19 +44,25 @@ const LagDevice* VornDmaLags::lagDevice(const Mox::String& name) const {
 void VornDmaLags::lagDeviceIs(const LagDevice& lag) { lagDeviceIs(LagDevice(lag)); }
 
 void VornDmaLags::lagDeviceIs(LagDevice&& lag) {
-  auto it = lags_.find(lag.name());
-  if (it != lags_.end()) it = lags_.erase(it);
+  // One search: where the entry is, or where it goes.
+  auto it = lags_.lower_bound(lag.name());
+  if (it != lags_.end() && it->first == lag.name()) it = lags_.erase(it);
   Mox::String key = lag.name();
   lags_.emplace_hint(it, std::move(key), std::move(lag));
 }
 
 void VornDmaLags::lagDeviceDel(const Mox::String& name) { lags_.erase(name); }
 
+LagDevice* VornDmaLags::lagDeviceInPlace(const Mox::String& name) {
+  auto it = lags_.find(name);
+  return it == lags_.end() ? nullptr : &it->second;
+}
+
 bool VornDmaLags::lagDeviceMemberConfigIs(const Mox::String& lagName, Mox::String intfName,
                                           bool value) {
-  auto it = lags_.find(lagName);
-  if (it == lags_.end()) return false;
-  it->second.lagMemberConfigIs(std::move(intfName), value);
+  LagDevice* lag = lagDeviceInPlace(lagName);
+  if (lag == nullptr) return false;
+  lag->lagMemberConfigIs(std::move(intfName), value);
   return true;
 }
 

@@ -15,6 +15,7 @@
 #include <map>
 
 #include "HardwareVorn/Ids.h"
+#include "Mox/FlatMap.h"
 #include "Mox/Name.h"
 #include "Mox/Ptr.h"
 #include "Mox/String.h"
@@ -50,8 +51,9 @@ class LagMemberDevice {
 // its config members by interface name.
 class LagDevice {
  public:
-  using LagMemberDeviceMap = std::map<Mox::String, LagMemberDevice>;
-  using LagMemberConfigMap = std::map<Mox::String, bool>;
+  // A LAG has tens of members at most: sorted vectors, not a node per entry.
+  using LagMemberDeviceMap = Mox::FlatMap<Mox::String, LagMemberDevice>;
+  using LagMemberConfigMap = Mox::FlatMap<Mox::String, bool>;
 
   // The empty record (no name, LAG id null): it stands for "no LAG".
   LagDevice() = default;
@@ -74,7 +76,11 @@ class LagDevice {
   const LagMemberDevice* lagMemberDevice(const Mox::String& name) const;
   // Inserts `member`, replacing one of the same name.
   void lagMemberDeviceIs(const LagMemberDevice& member);
+  void lagMemberDeviceIs(LagMemberDevice&& member);
   void lagMemberDeviceDel(const Mox::String& name);
+  // Makes room for `count` members in all, so that adding them allocates at
+  // most once. A hint: any number is safe.
+  void lagMemberDeviceReserve(std::size_t count) { members_.reserve(count); }
 
   // Config members, keyed by interface name.
   const LagMemberConfigMap& lagMemberConfigs() const noexcept { return config_; }
@@ -121,6 +127,9 @@ class VornDmaLags : public Mox::PtrInterface {
   void lagDeviceIs(const LagDevice& lag);
   void lagDeviceIs(LagDevice&& lag);
   void lagDeviceDel(const Mox::String& name);
+  // The stored LAG named `name`, to change in place, or null. The pointer
+  // stays valid until that entry is replaced or removed.
+  LagDevice* lagDeviceInPlace(const Mox::String& name);
   // Adds a config member to the stored LAG `lagName` in place; the same result
   // as copying the entry, adding to the copy and storing it back, without the
   // copy. False (nothing changed) when there is no such LAG.

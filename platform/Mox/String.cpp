@@ -10,59 +10,22 @@
 
 namespace Mox {
 
-struct String::Rep {
-  std::atomic<int> refs;
-  std::size_t len;
-  char data[1];
-
-  static Rep* make(const char* text, std::size_t len) {
-    void* mem = ::operator new(offsetof(Rep, data) + len + 1);
-    Rep* r = new (mem) Rep;
-    r->refs.store(1, std::memory_order_relaxed);
-    r->len = len;
-    if (len) std::memcpy(r->data, text, len);
-    r->data[len] = '\0';
-    return r;
-  }
-  static void ref(Rep* r) noexcept {
-    if (r) r->refs.fetch_add(1, std::memory_order_relaxed);
-  }
-  static void unref(Rep* r) noexcept {
-    if (r && r->refs.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-      r->~Rep();
-      ::operator delete(r);
-    }
-  }
-};
-
-String::String(const char* text) : String(text, text ? std::strlen(text) : 0) {}
-
-String::String(const char* text, std::size_t len) {
-  if (len) rep_ = Rep::make(text, len);
+String::Rep* String::Rep::make(const char* text, std::size_t len) {
+  void* mem = ::operator new(offsetof(Rep, data) + len + 1);
+  Rep* r = new (mem) Rep;
+  r->refs.store(1, std::memory_order_relaxed);
+  r->len = len;
+  std::memcpy(r->data, text, len);
+  r->data[len] = '\0';
+  return r;
 }
 
-String::String(const String& other) noexcept : rep_(other.rep_) { Rep::ref(rep_); }
-
-String& String::operator=(const String& other) noexcept {
-  Rep::ref(other.rep_);  // before the release: `a = a` stays valid
-  Rep::unref(rep_);
-  rep_ = other.rep_;
-  return *this;
-}
-
-String& String::operator=(String&& other) noexcept {
-  if (this != &other) {
-    Rep::unref(rep_);
-    rep_ = other.rep_;
-    other.rep_ = nullptr;
+void String::Rep::unref(Rep* r) noexcept {
+  if (r->refs.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    r->~Rep();
+    ::operator delete(r);
   }
-  return *this;
 }
-
-String::~String() { Rep::unref(rep_); }
-
-const char* String::charPtr() const noexcept { return rep_ ? rep_->data : ""; }
-std::size_t String::bytes() const noexcept { return rep_ ? rep_->len : 0; }
 
 String String::substr(std::size_t offset, std::size_t length) const {
   std::size_t n = bytes();

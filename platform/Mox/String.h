@@ -1,12 +1,28 @@
 // Mox::String: the framework's immutable text value.
 //
-// A String is shared, not copied: copies take a reference on one
-// reference-counted buffer (atomic counts), so passing names by value costs
-// an increment. The empty string owns no buffer and never allocates.
+// A String is 16 bytes. Text of up to 15 characters lives inside the object
+// (driver names such as "et1024_15" and interface names such as
+// "Ethernet1024/15" fit), so building, copying and dropping one allocates
+// nothing. Longer text lives in one reference-counted buffer (atomic counts)
+// that copies share, so passing any name by value stays cheap. The empty
+// string is inline and never allocates.
+//
+// Layout: the last byte tells the two apart. Inline, it holds 15 minus the
+// length, so a 15-character text ends in the NUL it needs; the bytes past the
+// text are zero, so two inline strings are equal exactly when their bytes
+// are. On the heap it holds kHeapTag and the first bytes hold the buffer's
+// address. A heap string is always longer than 15 characters.
+//
+// charPtr() points into the object for inline text: it stays valid while the
+// String it came from lives and is not assigned to or moved from.
 #pragma once
 
+#include <atomic>
+#include <bit>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <iosfwd>
 #include <string>
@@ -17,24 +33,55 @@ namespace Mox {
 class String {
  public:
   // The empty string.
-  String() noexcept = default;
+  String() noexcept { clear(); }
   // Copies `text` (NUL-terminated; null is the empty string).
-  String(const char* text);  // NOLINT(google-explicit-constructor): names are literals
+  String(const char* text)  // NOLINT(google-explicit-constructor): names are literals
+      : String(text, text ? std::strlen(text) : 0) {}
   // Copies `len` bytes of `text`.
-  String(const char* text, std::size_t len);
+  String(const char* text, std::size_t len) {
+    if (len > kInlineMax) {
+      setRep(Rep::make(text, len));
+      return;
+    }
+    clear();
+    if (len) std::memcpy(buf_, text, len);
+    buf_[kTag] = static_cast<char>(kInlineMax - len);
+  }
   explicit String(std::string_view text) : String(text.data(), text.size()) {}
   explicit String(const std::string& text) : String(text.data(), text.size()) {}
 
-  String(const String& other) noexcept;
-  String(String&& other) noexcept : rep_(other.rep_) { other.rep_ = nullptr; }
-  String& operator=(const String& other) noexcept;
-  String& operator=(String&& other) noexcept;
-  ~String();
+  String(const String& other) noexcept {
+    std::memcpy(buf_, other.buf_, kSize);
+    if (onHeap()) rep()->refs.fetch_add(1, std::memory_order_relaxed);
+  }
+  String(String&& other) noexcept {
+    std::memcpy(buf_, other.buf_, kSize);
+    other.clear();
+  }
+  String& operator=(const String& other) noexcept {
+    if (this != &other) {
+      if (other.onHeap()) other.rep()->refs.fetch_add(1, std::memory_order_relaxed);
+      release();
+      std::memcpy(buf_, other.buf_, kSize);
+    }
+    return *this;
+  }
+  String& operator=(String&& other) noexcept {
+    if (this != &other) {
+      release();
+      std::memcpy(buf_, other.buf_, kSize);
+      other.clear();
+    }
+    return *this;
+  }
+  ~String() { release(); }
 
   // The characters, always NUL-terminated; "" for the empty string.
-  const char* charPtr() const noexcept;
+  const char* charPtr() const noexcept { return onHeap() ? rep()->data : buf_; }
   // Length in bytes, without the terminating NUL.
-  std::size_t bytes() const noexcept;
+  std::size_t bytes() const noexcept {
+    return onHeap() ? rep()->len : kInlineMax - static_cast<unsigned char>(buf_[kTag]);
+  }
   std::size_t size() const noexcept { return bytes(); }
   bool empty() const noexcept { return bytes() == 0; }
   std::string_view view() const noexcept { return {charPtr(), bytes()}; }
@@ -47,17 +94,73 @@ class String {
   int pos(const char* needle, std::size_t start = 0) const noexcept;
   int pos(char c, std::size_t start = 0) const noexcept;
 
-  bool operator==(const String& other) const noexcept { return view() == other.view(); }
+  bool operator==(const String& other) const noexcept {
+    // Different tags: different lengths, or one inline and one not (which
+    // differ in length too).
+    if (buf_[kTag] != other.buf_[kTag]) return false;
+    if (!onHeap()) return std::memcmp(buf_, other.buf_, kSize) == 0;
+    return rep() == other.rep() || view() == other.view();
+  }
   bool operator==(const char* other) const noexcept {
     return other ? view() == std::string_view(other) : empty();
   }
-  auto operator<=>(const String& other) const noexcept { return view() <=> other.view(); }
+  std::strong_ordering operator<=>(const String& other) const noexcept {
+    if (onHeap() || other.onHeap()) return view() <=> other.view();
+    // Two inline texts: their zero-padded bytes in order, as two big-endian
+    // words, then the length (which tells "ab" from "ab\0").
+    if (auto c = word(0) <=> other.word(0); c != 0) return c;
+    if (auto c = (word(8) >> 8) <=> (other.word(8) >> 8); c != 0) return c;
+    return bytes() <=> other.bytes();
+  }
 
   static constexpr std::size_t npos = static_cast<std::size_t>(-1);
 
  private:
-  struct Rep;
-  Rep* rep_ = nullptr;
+  static constexpr std::size_t kSize = 16;
+  static constexpr std::size_t kTag = kSize - 1;
+  static constexpr std::size_t kInlineMax = kSize - 1;
+  static constexpr unsigned char kHeapTag = 0xFF;
+
+  // The shared buffer of a long text.
+  struct Rep {
+    std::atomic<int> refs;
+    std::size_t len;
+    char data[1];
+
+    // A buffer holding `len` bytes of `text` and a NUL, one reference.
+    static Rep* make(const char* text, std::size_t len);
+    // Drops one reference; the last one frees the buffer.
+    static void unref(Rep* r) noexcept;
+  };
+
+  bool onHeap() const noexcept { return static_cast<unsigned char>(buf_[kTag]) == kHeapTag; }
+  Rep* rep() const noexcept {
+    Rep* r;
+    std::memcpy(&r, buf_, sizeof r);
+    return r;
+  }
+  void setRep(Rep* r) noexcept {
+    std::memset(buf_, 0, kSize);
+    std::memcpy(buf_, &r, sizeof r);
+    buf_[kTag] = static_cast<char>(kHeapTag);
+  }
+  // Makes this the empty string, without releasing what it held.
+  void clear() noexcept {
+    std::memset(buf_, 0, kSize);
+    buf_[kTag] = static_cast<char>(kInlineMax);
+  }
+  // Bytes [at, at + 8) as a big-endian number: compares as the bytes do.
+  std::uint64_t word(std::size_t at) const noexcept {
+    std::uint64_t w;
+    std::memcpy(&w, buf_ + at, sizeof w);
+    if constexpr (std::endian::native == std::endian::little) w = __builtin_bswap64(w);
+    return w;
+  }
+  void release() noexcept {
+    if (onHeap()) Rep::unref(rep());
+  }
+
+  alignas(Rep*) char buf_[kSize];
 };
 
 // printf-style construction of a String.

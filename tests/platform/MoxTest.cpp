@@ -4,15 +4,20 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <string>
+#include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "HardwareVorn/Ids.h"
 #include "Mox/Assert.h"
+#include "Mox/FlatMap.h"
 #include "Mox/Ptr.h"
 #include "Mox/RangeException.h"
 #include "Mox/String.h"
 #include "Mox/Trace.h"
+#include "support/AllocationCounter.h"
 #include "support/Support.h"
 
 namespace {
@@ -33,14 +38,106 @@ TEST(MoxString, SubstrAndPosNeverLeaveTheText) {
 }
 
 TEST(MoxString, CopiesShareAndSelfAssignmentIsSafe) {
-  Mox::String a("fap0");
+  Mox::String a("Port-Channel1000.4094");
   Mox::String b = a;
-  EXPECT_EQ(a.charPtr(), b.charPtr());
+  EXPECT_EQ(a.charPtr(), b.charPtr());  // long text: one shared buffer
   Mox::String& alias = a;
   a = alias;
-  EXPECT_EQ(a, "fap0");
+  EXPECT_EQ(a, "Port-Channel1000.4094");
+  Mox::String s("fap0");
+  Mox::String& shortAlias = s;
+  s = shortAlias;
+  s = std::move(shortAlias);
+  EXPECT_EQ(s, "fap0");
   EXPECT_EQ(Mox::format("po%d", -1), "po-1");
   EXPECT_LT(Mox::String("a"), Mox::String("b"));
+}
+
+// Texts on both sides of the 15 characters a string holds in itself.
+const std::string kFifteen = "Ethernet1024/15";
+const std::string kSixteen = "Ethernet1024/150";
+
+TEST(MoxString, FifteenCharactersFitWithoutAllocating) {
+  VornTest::AllocationScope scope;
+  Mox::String empty;
+  Mox::String fifteen(kFifteen);
+  Mox::String copy = fifteen;
+  Mox::String moved = std::move(copy);
+  Mox::String sub = fifteen.substr(8);
+  EXPECT_EQ(scope.count(), 0u);
+  EXPECT_EQ(fifteen.bytes(), 15u);
+  EXPECT_STREQ(fifteen.charPtr(), kFifteen.c_str());
+  EXPECT_EQ(fifteen.charPtr()[15], '\0');
+  EXPECT_EQ(moved, fifteen);
+  EXPECT_TRUE(copy.empty());  // NOLINT(bugprone-use-after-move): moved-from is empty
+  EXPECT_STREQ(copy.charPtr(), "");
+  EXPECT_EQ(sub, "1024/15");
+  EXPECT_STREQ(empty.charPtr(), "");
+}
+
+TEST(MoxString, SixteenCharactersShareOneBuffer) {
+  VornTest::AllocationScope scope;
+  Mox::String sixteen(kSixteen);
+  Mox::String copy = sixteen;
+  Mox::String assigned;
+  assigned = copy;
+  EXPECT_EQ(scope.count(), 1u);
+  EXPECT_EQ(sixteen.bytes(), 16u);
+  EXPECT_STREQ(assigned.charPtr(), kSixteen.c_str());
+  EXPECT_EQ(assigned.charPtr(), sixteen.charPtr());
+  // A cut of 15 characters is inline again, and equal to the same text built
+  // directly.
+  EXPECT_EQ(sixteen.substr(0, 15), Mox::String(kFifteen));
+  EXPECT_EQ(sixteen.substr(0, 15).charPtr()[15], '\0');
+}
+
+TEST(MoxString, AssignmentAcrossTheBoundaryKeepsBothSides) {
+  const Mox::String shortText(kFifteen), longText(kSixteen);
+  Mox::String s = shortText;
+  s = longText;  // inline replaced by shared
+  EXPECT_EQ(s, longText);
+  s = shortText;  // shared released, inline again
+  EXPECT_EQ(s, shortText);
+  EXPECT_EQ(longText.view(), kSixteen);
+
+  Mox::String a(kSixteen), b(kFifteen);
+  std::swap(a, b);
+  EXPECT_EQ(a, shortText);
+  EXPECT_EQ(b, longText);
+  b = std::move(a);  // the shared buffer is released, the inline text moves
+  EXPECT_EQ(b, shortText);
+  EXPECT_TRUE(a.empty());  // NOLINT(bugprone-use-after-move)
+  Mox::String& alias = b;
+  b = std::move(alias);
+  EXPECT_EQ(b, shortText);
+}
+
+TEST(MoxString, EqualityAndOrderIgnoreWhereTheTextLives) {
+  EXPECT_NE(Mox::String(kFifteen), Mox::String(kSixteen));
+  EXPECT_LT(Mox::String(kFifteen), Mox::String(kSixteen));
+  EXPECT_LT(Mox::String("et1_10"), Mox::String("et1_2"));
+  EXPECT_EQ(Mox::String("abc", 2), "ab");
+  EXPECT_NE(Mox::String("ab"), Mox::String("ab\0", 3));  // an embedded NUL counts
+  EXPECT_EQ(Mox::String(kSixteen), Mox::String(kSixteen.c_str()));
+  EXPECT_EQ(Mox::String(), "");
+  EXPECT_EQ(Mox::String(), static_cast<const char*>(nullptr));
+  EXPECT_EQ(std::hash<Mox::String>()(Mox::String(kFifteen)),
+            std::hash<std::string_view>()(kFifteen));
+}
+
+TEST(MoxString, CopiesOfOneStringAcrossThreads) {
+  const Mox::String shared(kSixteen + kSixteen);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t)
+    threads.emplace_back([&] {
+      for (int i = 0; i < 10000; ++i) {
+        Mox::String copy = shared;
+        Mox::String other(copy);
+        copy = other;
+      }
+    });
+  for (auto& t : threads) t.join();
+  EXPECT_EQ(shared.view(), kSixteen + kSixteen);
 }
 
 TEST(MoxString, FormatsLongTexts) {
@@ -110,6 +207,35 @@ TEST(MoxAssertDeathTest, FailsInEveryBuildTypeInTheCLibraryFormat) {
         MOX_ASSERT_TEXT(false, "\"false\" == nullptr", "f");
       },
       "^Failed\\(false\\) Incorrect fapName Xyz1/0\n.*Assertion `\"false\" == nullptr' failed");
+}
+
+TEST(MoxFlatMap, KeepsKeyOrderWhateverTheInsertionOrder) {
+  Mox::FlatMap<Mox::String, int> map;
+  // Listing order of member ids is not name order: et1_10 sorts before et1_2.
+  for (int id : {0, 1, 2, 10, 11, 3}) map.insert_or_assign(Mox::format("et1_%d", id), id);
+  std::vector<std::string> names;
+  for (const auto& [name, id] : map) names.push_back(name.stdString());
+  EXPECT_THAT(names, testing::ElementsAre("et1_0", "et1_1", "et1_10", "et1_11", "et1_2", "et1_3"));
+
+  // Replacing keeps one entry per key, wherever the key sits.
+  map.insert_or_assign("et1_10", 99);
+  map.insert_or_assign("et1_3", 98);
+  EXPECT_EQ(map.size(), 6u);
+  EXPECT_EQ(map.find("et1_10")->second, 99);
+  EXPECT_EQ(map.find("et1_3")->second, 98);
+  EXPECT_EQ(map.find("et1_4"), map.end());
+
+  EXPECT_TRUE(map.erase("et1_0"));
+  EXPECT_FALSE(map.erase("et1_0"));
+  EXPECT_FALSE(map.contains("et1_0"));
+  EXPECT_EQ(map.begin()->first, "et1_1");
+
+  // Equal when the entries are, however each was built.
+  Mox::FlatMap<Mox::String, int> other;
+  for (const auto& [name, id] : map) other.insert_or_assign(name, id);
+  EXPECT_EQ(other, map);
+  other.insert_or_assign("et1_1", 0);
+  EXPECT_NE(other, map);
 }
 
 }  // namespace

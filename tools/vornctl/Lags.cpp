@@ -20,10 +20,17 @@ std::string lagTableText(const VornDmaLags& table) {
   Table t({"LAG", "LAG id", "members (name:id)", "config members"});
   for (const auto& [name, lag] : table.lagDevices()) {
     std::string members, configs;
-    for (const auto& [m, dev] : lag.lagMemberDevices())
-      members += (members.empty() ? "" : " ") + m.stdString() + ":" + std::to_string(dev.memberId().value());
-    for (const auto& [c, on] : lag.lagMemberConfigs())
-      if (on) configs += (configs.empty() ? "" : " ") + c.stdString();
+    // Appended piece by piece: GCC 12 at -O3 warns falsely (-Wrestrict) on
+    // "" + std::string chains.
+    for (const auto& [m, dev] : lag.lagMemberDevices()) {
+      if (!members.empty()) members += ' ';
+      members.append(m.view()).append(":").append(std::to_string(dev.memberId().value()));
+    }
+    for (const auto& [c, on] : lag.lagMemberConfigs()) {
+      if (!on) continue;
+      if (!configs.empty()) configs += ' ';
+      configs.append(c.view());
+    }
     t.row({name.stdString(), lag.lagId().isNull() ? "none" : std::to_string(lag.lagId().value()),
            members, configs});
   }
