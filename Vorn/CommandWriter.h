@@ -58,7 +58,7 @@ struct Pieces {
 // Parses the conversion at `i` (just past the percent sign): what it is and
 // where the literal run after it starts. Throws (a compile error, since it
 // runs in a constant expression) on anything unsupported.
-consteval Conversion parseConversion(const char* f, std::size_t i) {
+constexpr Conversion parseConversion(const char* f, std::size_t i) {
   Width width = Width::kInt;
   if (f[i] == 'h') {
     width = Width::kShort;
@@ -120,7 +120,7 @@ consteval auto parse() {
 }
 
 // The characters a literal run writes ("%%" is one).
-consteval std::size_t runLength(const char* f, std::size_t start, std::size_t end) {
+constexpr std::size_t runLength(const char* f, std::size_t start, std::size_t end) {
   std::size_t n = 0;
   for (std::size_t i = start; i < end; ++i, ++n)
     if (f[i] == '%') ++i;
