@@ -196,8 +196,7 @@ class Out {
   // The digits of `v` in base `Base`, after a minus sign when `negative`.
   template <unsigned Base, bool Upper = false>
   void number(unsigned v, bool negative = false) noexcept {
-    std::size_t n = negative ? 2 : 1;
-    for (unsigned rest = v; rest >= Base; rest /= Base) ++n;
+    std::size_t n = (negative ? 1 : 0) + length<Base>(v);
     if (n <= room_) {
       // Written in place, last digit first: no copy on the common path.
       char* const end = p_ + n;
@@ -209,7 +208,7 @@ class Out {
       char tmp[12];
       char* d = digits<Base, Upper>(v, tmp + sizeof tmp);
       if (negative) *--d = '-';
-      clipped(d, n);
+      clipped(d, static_cast<std::size_t>(tmp + sizeof tmp - d));  // n characters
     }
     len_ += n;
   }
@@ -220,14 +219,58 @@ class Out {
   }
 
  private:
+  // How many digits `v` has in base `Base`. Decimal lengths are counted
+  // without a loop: numbers of mixed lengths, one after another, would
+  // mispredict its end.
+  template <unsigned Base>
+  static std::size_t length(unsigned v) noexcept {
+    if constexpr (Base == 10) {
+      std::size_t n = 1;
+      for (unsigned bound :
+           {10u, 100u, 1000u, 10000u, 100000u, 1000000u, 10000000u, 100000000u, 1000000000u})
+        n += v >= bound;
+      return n;
+    } else {
+      static_assert((Base == 8 || Base == 16) && sizeof(unsigned) == 4);
+      constexpr unsigned kBits = Base == 8 ? 3 : 4;
+      const unsigned significant = 32u - static_cast<unsigned>(__builtin_clz(v | 1u));
+      return (significant + kBits - 1) / kBits;
+    }
+  }
+
+  // "00" to "99", for writing decimal digits two at a time.
+  static constexpr std::array<char, 200> kDigitPairs = [] {
+    std::array<char, 200> pairs{};
+    for (unsigned i = 0; i < 100; ++i) {
+      pairs[2 * i] = static_cast<char>('0' + i / 10);
+      pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+  }();
+
   // Writes the digits of `v` backwards from `end`; returns the first.
   template <unsigned Base, bool Upper>
   static char* digits(unsigned v, char* end) noexcept {
-    do {
-      unsigned digit = v % Base;
-      *--end = static_cast<char>(digit < 10 ? '0' + digit : (Upper ? 'A' : 'a') + digit - 10);
-      v /= Base;
-    } while (v);
+    if constexpr (Base == 10) {
+      while (v >= 100) {
+        const unsigned pair = v % 100;
+        v /= 100;
+        end -= 2;
+        std::memcpy(end, &kDigitPairs[2 * pair], 2);
+      }
+      if (v >= 10) {
+        end -= 2;
+        std::memcpy(end, &kDigitPairs[2 * v], 2);
+      } else {
+        *--end = static_cast<char>('0' + v);
+      }
+    } else {
+      do {
+        unsigned digit = v % Base;
+        *--end = static_cast<char>(digit < 10 ? '0' + digit : (Upper ? 'A' : 'a') + digit - 10);
+        v /= Base;
+      } while (v);
+    }
     return end;
   }
 

@@ -2,11 +2,13 @@
 // fatal exit, the SAI-mode switch and the presence probes.
 #include <fcntl.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "Ringlog/Ringlog.h"
 #include "Vorn/VornDma.h"
@@ -17,25 +19,31 @@ namespace dma {
 
 std::atomic<int> fabricFd{-1};
 
-void errorTrace(const char* fn, const char* cmd, int rc, unsigned line) {
-  if (trace().enabled(0))
-    Mox::traceLine(trace(), 0, kTraceFile, line, fn, " cmd: ", cmd, " error ", std::strerror(rc));
+void errorTraceLine(const char* fn, const char* cmd, int rc, unsigned line) {
+  Mox::traceLine(trace(), 0, kTraceFile, line, fn, " cmd: ", cmd, " error ", std::strerror(rc));
 }
 
 namespace {
 
-// True when "devstats " stands anywhere in the NUL-terminated `buf`.
-bool isStatisticsPoll(const char* buf) {
-  for (const char* p = buf; (p = std::strchr(p, 'd')) != nullptr; ++p)
-    if (std::strncmp(p, "devstats ", 9) == 0) return true;
+// True when "devstats " stands anywhere in the `len` characters of `buf`.
+bool isStatisticsPoll(const char* buf, std::size_t len) {
+  constexpr std::string_view kPoll = "devstats ";
+  const char* const end = buf + len;
+  for (const char* p = buf; end - p >= static_cast<std::ptrdiff_t>(kPoll.size()); ++p) {
+    p = static_cast<const char*>(std::memchr(p, 'd', static_cast<std::size_t>(end - p)));
+    if (!p) return false;
+    if (std::string_view(p, std::min(kPoll.size(), static_cast<std::size_t>(end - p))) == kPoll)
+      return true;
+  }
   return false;
 }
 
 }  // namespace
 
 void ringCommand(const char* buf) noexcept {
+  const std::string_view command(buf);
   // The statistics poll is frequent; it stays out of the ring trace.
-  if (!isStatisticsPoll(buf)) RINGLOG("fab_ioctl buf=%s", buf);
+  if (!isStatisticsPoll(command.data(), command.size())) RINGLOG("fab_ioctl buf=%s", command);
 }
 
 int openFabric() {
@@ -52,7 +60,11 @@ int openFabric() {
 }  // namespace dma
 
 int fab_ioctl(char* buf, unsigned int size) {
-  return dma::fabIoctl(buf, size);
+  int rc = dma::fabIoctl(buf, size);
+  // Its callers may read errno as after a failed ioctl; the command
+  // functions take the number from the result and skip this store.
+  if (rc != 0) errno = rc;
+  return rc;
 }
 
 void syserr(const char* what) {

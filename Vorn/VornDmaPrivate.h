@@ -48,12 +48,20 @@ void ringCommand(const char* buf) noexcept;
   int fd = fabricFd.load(std::memory_order_relaxed);
   if (fd < 0) [[unlikely]]
     fd = openFabric();
-  if (Kernel::ioctl(fd, size, buf) >= 0) return 0;
-  return errno;
+  return Kernel::ioctlError(fd, size, buf);
 }
 
+// Writes the error trace line of a refused command.
+void errorTraceLine(const char* fn, const char* cmd, int rc, unsigned line);
+
 // The error trace of a refused command: fn " cmd: " cmd " error " strerror(rc).
-void errorTrace(const char* fn, const char* cmd, int rc, unsigned line);
+// The level test is inline: a refusal is an answer like any other, and the
+// trace is usually off.
+[[gnu::always_inline]] inline void errorTrace(const char* fn, const char* cmd, int rc,
+                                              unsigned line) {
+  if (trace().enabled(0)) [[unlikely]]
+    errorTraceLine(fn, cmd, rc, line);
+}
 
 }  // namespace Hardware::Vorn::dma
 

@@ -7,26 +7,6 @@
 #include "Vorn/VornDmaPrivate.h"
 
 namespace Hardware::Vorn::dma {
-namespace {
-
-bool isListed(const RefusalRule& rule, int rc) {
-  return rule.listed[0] == rc || rule.listed[1] == rc;
-}
-
-bool endsProcess(const RefusalRule& rule, int rc) {
-  switch (rule.end) {
-    case RefusalRule::End::never:
-      return false;
-    case RefusalRule::End::unlessListed:
-      return !isListed(rule, rc);
-    case RefusalRule::End::onlyListed:
-      return isListed(rule, rc);
-  }
-  return false;
-}
-
-}  // namespace
-
 int refused(const char* fn, char* buf, const RefusalRule& rule, unsigned line, int rc) {
   if (rule.traced && trace().enabled(0))
     Mox::traceLine(trace(), 0, kTraceFile, line, fn, " cmd: ", buf, rule.errorLabel,

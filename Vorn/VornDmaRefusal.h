@@ -23,6 +23,24 @@ struct RefusalRule {
   const char* errorLabel = " error ";  // the word before the error text in the trace
 };
 
+// True when `rule` lists the answer `rc`.
+constexpr bool isListed(const RefusalRule& rule, int rc) {
+  return rule.listed[0] == rc || rule.listed[1] == rc;
+}
+
+// True when the refusal `rc` ends the process under `rule`.
+constexpr bool endsProcess(const RefusalRule& rule, int rc) {
+  switch (rule.end) {
+    case RefusalRule::End::never:
+      return false;
+    case RefusalRule::End::unlessListed:
+      return !isListed(rule, rc);
+    case RefusalRule::End::onlyListed:
+      return isListed(rule, rc);
+  }
+  return false;
+}
+
 // Applies `rule` to the refusal `rc` of the command in `buf`: the error trace
 // "fn cmd: <buf><errorLabel><strerror>" at `line`, then syserr(buf) where the
 // rule ends the process. Returns `rc`.
@@ -30,9 +48,15 @@ int refused(const char* fn, char* buf, const RefusalRule& rule, unsigned line, i
 
 // Sends the command in the 256-byte `buf` and applies `rule` to a refusal.
 // Returns the driver's answer.
-inline int sendCommand(const char* fn, char* buf, const RefusalRule& rule, unsigned line) {
+// A refusal that is neither traced nor fatal is returned without a call: the
+// rules are constants, so most of this test folds away.
+[[gnu::always_inline]] inline int sendCommand(const char* fn, char* buf, const RefusalRule& rule,
+                                              unsigned line) {
   int rc = fabIoctl(buf, kCommandSize);
-  return rc == 0 ? 0 : refused(fn, buf, rule, line, rc);
+  if (rc == 0) return 0;
+  if (endsProcess(rule, rc) || (rule.traced && trace().enabled(0))) [[unlikely]]
+    return refused(fn, buf, rule, line, rc);
+  return rc;
 }
 
 // Sends "<keyword> a b", both numbers in decimal, under `rule` as above.

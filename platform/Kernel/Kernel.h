@@ -10,8 +10,11 @@
 #include <dirent.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/types.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstddef>
 
 namespace Kernel {
@@ -37,8 +40,48 @@ const Ops& linuxOps() noexcept;
 
 namespace detail {
 extern const Ops* activeOps;
-// The ioctl of the Linux table.
+// The ioctl and getenv of the Linux table.
 int linuxIoctl(int fd, unsigned long request, void* arg);
+const char* linuxGetenv(const char* name);
+
+// The value of `name` (not empty) in `env`, a null-terminated array of
+// "NAME=value" texts, or null. Reads no byte past any text's end. Unrolled so
+// that the common case, an entry whose first character differs, costs a load,
+// a compare and a branch: the command path scans the environment before
+// every command.
+[[gnu::always_inline]] inline const char* findInEnvironment(char* const* env,
+                                                            const char* name) noexcept {
+  const char first = name[0];
+#pragma GCC unroll 4
+  for (; *env; ++env) {
+    const char* entry = *env;
+    if (entry[0] != first) continue;
+    const char* n = name + 1;
+    const char* v = entry + 1;
+    while (*n && *v == *n) ++n, ++v;
+    if (!*n && *v == '=') return v + 1;
+  }
+  return nullptr;
+}
+
+// ioctl's outcome as an error number: 0 when the request succeeded, else the
+// positive error. On x86-64 the system call is made right here: a call into
+// the C library would leave one more return pending across the system call,
+// and each of those is mispredicted when the kernel comes back (its return
+// stack is refilled). errno is not set on that path.
+[[gnu::always_inline]] inline int linuxIoctlError(int fd, unsigned long request,
+                                                  void* arg) noexcept {
+#if defined(__x86_64__)
+  long result;
+  asm volatile("syscall"
+               : "=a"(result)
+               : "0"(long{SYS_ioctl}), "D"(long{fd}), "S"(request), "d"(arg)
+               : "rcx", "r11", "memory");
+  return result < 0 ? static_cast<int>(-result) : 0;
+#else
+  return ::ioctl(fd, request, arg) < 0 ? errno : 0;
+#endif
+}
 }  // namespace detail
 
 // The operations in force.
@@ -76,6 +119,14 @@ inline int ioctl(int fd, unsigned long request, void* arg) {
   if (call == &detail::linuxIoctl) return ::ioctl(fd, request, arg);
   return call(fd, request, arg);
 }
+// ioctl, answered as 0 or the positive error number of the refused request,
+// for the paths that want the number rather than errno (which it may leave
+// alone). With Linux's ioctl in force, the system call is made inline.
+[[gnu::always_inline]] inline int ioctlError(int fd, unsigned long request, void* arg) {
+  auto* const call = ops().ioctl;
+  if (call == &detail::linuxIoctl) return detail::linuxIoctlError(fd, request, arg);
+  return call(fd, request, arg) < 0 ? errno : 0;
+}
 inline ssize_t read(int fd, void* buf, std::size_t n) {
   return ops().read(fd, buf, n);
 }
@@ -103,8 +154,13 @@ inline long sysconf(int name) {
 inline int usleep(unsigned int usec) {
   return ops().usleep(usec);
 }
+// With Linux's getenv in force, the environment is scanned inline (no call
+// on the command path); an empty name is left to the C library.
 inline const char* getenv(const char* name) {
-  return ops().getenv(name);
+  auto* const call = ops().getenv;
+  if (call == &detail::linuxGetenv && name[0] && environ)
+    return detail::findInEnvironment(environ, name);
+  return call(name);
 }
 
 }  // namespace Kernel

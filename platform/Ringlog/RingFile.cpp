@@ -6,6 +6,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <bit>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -59,7 +60,8 @@ RingFile::RingFile(const std::string& path, std::size_t bytes) : path_(path) {
   using namespace format;
   const std::size_t minimum = kHeaderSize + kDescriptorBytes + 16 * kSlotSize;
   if (bytes < minimum) bytes = minimum;
-  std::size_t slotCount = (bytes - kHeaderSize - kDescriptorBytes) / kSlotSize;
+  // A power of two: the slot of a sequence number is a mask, not a division.
+  std::size_t slotCount = std::bit_floor((bytes - kHeaderSize - kDescriptorBytes) / kSlotSize);
   size_ = kHeaderSize + kDescriptorBytes + slotCount * kSlotSize;
   int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
   if (fd < 0) return;
@@ -99,10 +101,9 @@ std::uint32_t RingFile::slotCount() const noexcept {
   return slotCount_;
 }
 
-void RingFile::storeDescriptor(MsgId id) noexcept {
+void RingFile::storeNewDescriptor(MsgId id) noexcept {
   if (id >= kMaxStoredIds) return;
   std::uint64_t bit = std::uint64_t{1} << (id % 64);
-  if (stored_[id / 64].load(std::memory_order_acquire) & bit) return;
   std::lock_guard<std::mutex> lock(descriptorMutex_);
   if (stored_[id / 64].load(std::memory_order_relaxed) & bit) return;
   const char* text = messageFormat(id);
@@ -139,7 +140,7 @@ void* RingFile::writeRecord(MsgId id, std::uint8_t kind, const Arg* args, unsign
   storeDescriptor(id);
   Header* h = header(base_);
   sequence = h->nextSequence.fetch_add(1, std::memory_order_relaxed);
-  Slot* s = &slots(base_)[sequence % slotCount_];
+  Slot* s = &slots(base_)[sequence & (slotCount_ - 1)];
   s->sequence.store(0, std::memory_order_relaxed);
   ticks = format::ticks();
   s->ticks = ticks;

@@ -33,7 +33,8 @@ class RingFile : public TraceFile {
   static constexpr unsigned kMaxStoredIds = 4096;
 
   // Creates (or truncates) `path` with room for `bytes` (at least 64 KiB) and
-  // maps it. Check ok() afterwards.
+  // maps it. The ring holds the largest power of two of 256-byte records that
+  // fits (2048 in 1 MiB). Check ok() afterwards.
   RingFile(const std::string& path, std::size_t bytes);
   ~RingFile() override;
   RingFile(const RingFile&) = delete;
@@ -48,7 +49,14 @@ class RingFile : public TraceFile {
   void closeBlock(const BlockMark& mark) noexcept override;
 
  private:
-  void storeDescriptor(MsgId id) noexcept;
+  // Stores the descriptor of `id` in the file the first time it is used.
+  void storeDescriptor(MsgId id) noexcept {
+    if (id < kMaxStoredIds &&
+        (stored_[id / 64].load(std::memory_order_acquire) >> (id % 64) & 1u) != 0)
+      return;
+    storeNewDescriptor(id);
+  }
+  void storeNewDescriptor(MsgId id) noexcept;
   void* writeRecord(MsgId id, std::uint8_t kind, const Arg* args, unsigned count,
                     std::uint64_t& sequence, std::uint64_t& ticks) noexcept;
   void refreshClock(std::uint64_t now) noexcept;

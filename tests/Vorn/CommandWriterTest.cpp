@@ -84,6 +84,22 @@ TEST(CommandWriter, LengthModifiersKeepTheLowBits) {
   }
 }
 
+// Each number's length is counted before its digits are written: every
+// place where a number gains a digit, in each base.
+TEST(CommandWriter, EveryDigitCountBoundary) {
+  for (unsigned base : {8u, 10u, 16u}) {
+    for (unsigned long long p = 1; p <= UINT_MAX; p *= base) {
+      for (unsigned long long w : {p - 1, p, p + 1}) {
+        if (w > UINT_MAX) continue;
+        const auto u = static_cast<unsigned>(w);
+        const auto d = static_cast<int>(u);
+        EXPECT_WRITES_AS_SNPRINTF("%u %d %o %x %X", u, d, u, u, u);
+        if (d > 0) EXPECT_WRITES_AS_SNPRINTF("%d", -d);
+      }
+    }
+  }
+}
+
 TEST(CommandWriter, CharactersPercentAndNullStrings) {
   const char* volatile none = nullptr;  // hidden from the compiler
   const char* nothing = none;
