@@ -43,7 +43,10 @@ bool isStatisticsPoll(const char* buf, std::size_t len) {
 void ringCommand(const char* buf) noexcept {
   const std::string_view command(buf);
   // The statistics poll is frequent; it stays out of the ring trace.
-  if (!isStatisticsPoll(command.data(), command.size())) RINGLOG("fab_ioctl buf=%s", command);
+  // Written right after the command was formatted: inside a command
+  // function's block it carries the block's opening time.
+  if (!isStatisticsPoll(command.data(), command.size()))
+    RINGLOG_AT_BLOCK_START("fab_ioctl buf=%s", command);
 }
 
 int openFabric() {

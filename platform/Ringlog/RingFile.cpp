@@ -16,6 +16,8 @@
 
 namespace Ringlog {
 
+thread_local std::uint64_t tBlockStart [[gnu::tls_model("initial-exec")]] = 0;
+
 using format::Header;
 using format::Slot;
 
@@ -46,10 +48,6 @@ double measureTickRate() {
          static_cast<double>(b.monotonicNs - a.monotonicNs);
 }
 
-Header* header(unsigned char* base) {
-  return reinterpret_cast<Header*>(base);
-}
-
 Slot* slots(unsigned char* base) {
   return reinterpret_cast<Slot*>(base + format::kHeaderSize + format::kDescriptorBytes);
 }
@@ -73,12 +71,13 @@ RingFile::RingFile(const std::string& path, std::size_t bytes) : path_(path) {
   ::close(fd);
   if (map == MAP_FAILED) return;
   base_ = static_cast<unsigned char*>(map);
-  slotCount_ = static_cast<std::uint32_t>(slotCount);
-  Header* h = new (base_) Header();
+  mask_ = slotCount - 1;
+  slots_ = slots(base_);
+  Header* h = header_ = new (base_) Header();
   h->version = kVersion;
   h->headerSize = kHeaderSize;
   h->slotSize = kSlotSize;
-  h->slotCount = slotCount_;
+  h->slotCount = static_cast<std::uint32_t>(slotCount);
   h->descriptorOffset = kHeaderSize;
   h->descriptorCapacity = kDescriptorBytes;
   h->ticksPerNs = measureTickRate();
@@ -91,17 +90,14 @@ RingFile::RingFile(const std::string& path, std::size_t bytes) : path_(path) {
   nextRefresh_.store(h->start.ticks + refreshTicks_, std::memory_order_relaxed);
   // The magic last: a reader of a half-made file finds none.
   std::memcpy(h->magic, kMagic, sizeof kMagic);
+  inPlace_ = this;
 }
 
 RingFile::~RingFile() {
   if (base_) ::munmap(base_, size_);
 }
 
-std::uint32_t RingFile::slotCount() const noexcept {
-  return slotCount_;
-}
-
-void RingFile::storeNewDescriptor(MsgId id) noexcept {
+void RingWriter::storeNewDescriptor(MsgId id) noexcept {
   if (id >= kMaxStoredIds) return;
   std::uint64_t bit = std::uint64_t{1} << (id % 64);
   std::lock_guard<std::mutex> lock(descriptorMutex_);
@@ -109,7 +105,7 @@ void RingFile::storeNewDescriptor(MsgId id) noexcept {
   const char* text = messageFormat(id);
   if (!text) return;
   std::uint32_t len = static_cast<std::uint32_t>(std::strlen(text));
-  Header* h = header(base_);
+  Header* h = header_;
   std::uint32_t used = h->descriptorUsed.load(std::memory_order_relaxed);
   std::uint32_t need = (8 + len + 3) & ~3u;
   if (used + need > h->descriptorCapacity) return;  // full: records render as "#id"
@@ -123,85 +119,64 @@ void RingFile::storeNewDescriptor(MsgId id) noexcept {
 
 // About once a second of ticks, one writer stores a fresh clock pair, so the
 // reader measures the tick rate over the file's whole life.
-void RingFile::refreshClock(std::uint64_t now) noexcept {
+void RingWriter::refreshClock(std::uint64_t now) noexcept {
   std::uint64_t due = nextRefresh_.load(std::memory_order_relaxed);
   if (now < due ||
       !nextRefresh_.compare_exchange_strong(due, now + refreshTicks_, std::memory_order_relaxed))
     return;
-  Header* h = header(base_);
+  Header* h = header_;
   std::uint32_t next = h->laterIndex.load(std::memory_order_relaxed) ^ 1u;
   h->later[next] = clockPair();
   h->laterIndex.store(next, std::memory_order_release);
 }
 
-void* RingFile::writeRecord(MsgId id, std::uint8_t kind, const Arg* args, unsigned count,
-                            std::uint64_t& sequence, std::uint64_t& ticks) noexcept {
-  using namespace format;
-  storeDescriptor(id);
-  Header* h = header(base_);
-  sequence = h->nextSequence.fetch_add(1, std::memory_order_relaxed);
-  Slot* s = &slots(base_)[sequence & (slotCount_ - 1)];
-  s->sequence.store(0, std::memory_order_relaxed);
-  ticks = format::ticks();
-  s->ticks = ticks;
-  s->elapsed.store(0, std::memory_order_relaxed);
-  s->msgId = id;
-  s->kind = kind;
-  unsigned char* p = s->payload;
-  unsigned char* const end = s->payload + sizeof s->payload;
-  unsigned written = 0;
-  for (unsigned i = 0; i < count && p + 9 <= end; ++i, ++written) {
-    const Arg& a = args[i];
-    if (a.kind == Arg::kStr) {
-      std::size_t room = static_cast<std::size_t>(end - p) - 3;
-      auto len = static_cast<std::uint16_t>(a.len < room ? a.len : room);
-      *p++ = kTypeStr;
-      std::memcpy(p, &len, 2);
-      std::memcpy(p + 2, a.s, len);
-      p += 2 + len;
-    } else {
-      // The three number kinds share the union's 8 bytes.
-      *p++ = a.kind == Arg::kInt ? kTypeInt : a.kind == Arg::kUint ? kTypeUint : kTypeDouble;
-      std::memcpy(p, &a.u, 8);
-      p += 8;
-    }
-  }
-  s->argc = static_cast<std::uint8_t>(written);
-  s->payloadBytes = static_cast<std::uint16_t>(p - s->payload);
-  s->sequence.store(sequence + 1, std::memory_order_release);
-  if (ticks >= nextRefresh_.load(std::memory_order_relaxed)) refreshClock(ticks);
+Slot* RingFile::writeRecord(MsgId id, std::uint8_t kind, const Arg* args, unsigned count,
+                            std::uint64_t ticks, std::uint64_t& sequence) noexcept {
+  Slot* s = begin(id, kind, ticks, sequence);
+  Payload out(s->payload);
+  for (unsigned i = 0; i < count; ++i) out.put(args[i]);
+  finish(s, out, sequence);
   return s;
 }
 
 void RingFile::write(MsgId id, const Arg* args, unsigned count) noexcept {
+  tBlockStart = 0;
   if (!base_) return;
-  std::uint64_t sequence, ticks;
-  writeRecord(id, format::kMessage, args, count, sequence, ticks);
+  std::uint64_t sequence;
+  writeRecord(id, format::kMessage, args, count, format::ticks(), sequence);
+}
+
+void RingFile::writeAtBlockStart(MsgId id, const Arg* args, unsigned count) noexcept {
+  const std::uint64_t blockStart = tBlockStart;
+  tBlockStart = 0;
+  if (!base_) return;
+  std::uint64_t sequence;
+  writeRecord(id, format::kMessage, args, count, blockStart ? blockStart : format::ticks(),
+              sequence);
 }
 
 BlockMark RingFile::openBlock(MsgId id, const Arg* args, unsigned count) noexcept {
   BlockMark mark;
   if (!base_) return mark;
   mark.id = id;
-  mark.record = writeRecord(id, format::kBlock, args, count, mark.sequence, mark.start);
+  mark.start = format::ticks();
+  mark.record = writeRecord(id, format::kBlock, args, count, mark.start, mark.sequence);
+  tBlockStart = mark.start;
   return mark;
 }
 
 void RingFile::closeBlock(const BlockMark& mark) noexcept {
-  if (!mark.record) return;
-  std::uint64_t elapsed = format::ticks() - mark.start;
-  auto* s = static_cast<Slot*>(mark.record);
-  if (s->sequence.load(std::memory_order_acquire) == mark.sequence + 1) {
-    s->elapsed.store(elapsed + 1, std::memory_order_release);
-    return;
-  }
+  RingWriter::closeBlock(mark);
+}
+
+void RingWriter::closeOutlivedBlock(const BlockMark& mark, std::uint64_t elapsed) noexcept {
   // The ring came round while the block was open: its end is a record of
   // its own.
-  Arg a{};
-  a.kind = Arg::kUint;
-  a.u = elapsed;
-  std::uint64_t sequence, ticks;
-  writeRecord(mark.id, format::kBlockEnd, &a, 1, sequence, ticks);
+  std::uint64_t sequence;
+  Slot* s = begin(mark.id, format::kBlockEnd, format::ticks(), sequence);
+  Payload out(s->payload);
+  out.put(elapsed);
+  finish(s, out, sequence);
 }
 
 std::string defaultRingDirectory() {

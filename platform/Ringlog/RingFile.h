@@ -17,21 +17,17 @@
 //   for (auto& r : Ringlog::readRingFile(path)) puts(r.text.c_str());
 #pragma once
 
-#include <atomic>
 #include <cstdint>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "Ringlog/RingWriter.h"
 #include "Ringlog/Ringlog.h"
 
 namespace Ringlog {
 
-class RingFile : public TraceFile {
+class RingFile : public TraceFile, public RingWriter {
  public:
-  // Message ids whose descriptors a file can hold.
-  static constexpr unsigned kMaxStoredIds = 4096;
-
   // Creates (or truncates) `path` with room for `bytes` (at least 64 KiB) and
   // maps it. The ring holds the largest power of two of 256-byte records that
   // fits (2048 in 1 MiB). Check ok() afterwards.
@@ -42,33 +38,25 @@ class RingFile : public TraceFile {
 
   bool ok() const noexcept { return base_ != nullptr; }
   const std::string& path() const noexcept { return path_; }
-  std::uint32_t slotCount() const noexcept;
+  std::uint32_t slotCount() const noexcept {
+    return base_ ? static_cast<std::uint32_t>(mask_ + 1) : 0;
+  }
 
+  // The argument-array forms of the writers (RingWriter has the inline ones).
   void write(MsgId id, const Arg* args, unsigned count) noexcept override;
   BlockMark openBlock(MsgId id, const Arg* args, unsigned count) noexcept override;
   void closeBlock(const BlockMark& mark) noexcept override;
+  // Stamps the message with the opening time of the block this thread opened
+  // last, when no message was written since; otherwise reads the clock.
+  void writeAtBlockStart(MsgId id, const Arg* args, unsigned count) noexcept override;
 
  private:
-  // Stores the descriptor of `id` in the file the first time it is used.
-  void storeDescriptor(MsgId id) noexcept {
-    if (id < kMaxStoredIds &&
-        (stored_[id / 64].load(std::memory_order_acquire) >> (id % 64) & 1u) != 0)
-      return;
-    storeNewDescriptor(id);
-  }
-  void storeNewDescriptor(MsgId id) noexcept;
-  void* writeRecord(MsgId id, std::uint8_t kind, const Arg* args, unsigned count,
-                    std::uint64_t& sequence, std::uint64_t& ticks) noexcept;
-  void refreshClock(std::uint64_t now) noexcept;
+  // Writes one record of `kind` at `ticks` and returns its slot.
+  format::Slot* writeRecord(MsgId id, std::uint8_t kind, const Arg* args, unsigned count,
+                            std::uint64_t ticks, std::uint64_t& sequence) noexcept;
 
   std::string path_;
-  unsigned char* base_ = nullptr;
   std::size_t size_ = 0;
-  std::uint32_t slotCount_ = 0;
-  std::uint64_t refreshTicks_ = 0;  // about a second of ticks
-  std::atomic<std::uint64_t> nextRefresh_{0};
-  std::mutex descriptorMutex_;
-  std::atomic<std::uint64_t> stored_[kMaxStoredIds / 64] = {};
 };
 
 // Where default ring files go: $VORN_RINGLOG_DIR, else /tmp/vorn-ringlog.

@@ -15,8 +15,6 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "Ringlog/Ringlog.h"
-
 #if defined(__x86_64__) || defined(__i386__)
 #include <x86intrin.h>
 #else

@@ -12,79 +12,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <string_view>
-#include <type_traits>
 
-#include "Mox/String.h"
+#include "Ringlog/Arg.h"
+#include "Ringlog/RingWriter.h"
 
 namespace Ringlog {
-
-using MsgId = std::uint32_t;
-
-// One argument of a message. Strings are referenced, not copied: a file
-// copies what it keeps before `write` returns.
-struct Arg {
-  enum Kind : std::uint8_t { kInt, kUint, kStr, kDouble };
-  Kind kind;
-  union {
-    std::int64_t i;
-    std::uint64_t u;
-    double d;
-  };
-  const char* s;
-  std::uint32_t len;
-};
-
-inline Arg arg(const char* s) {
-  Arg a{};
-  a.kind = Arg::kStr;
-  a.s = s ? s : "(null)";
-  a.len = static_cast<std::uint32_t>(std::char_traits<char>::length(a.s));
-  return a;
-}
-inline Arg arg(const Mox::String& s) {
-  Arg a{};
-  a.kind = Arg::kStr;
-  a.s = s.charPtr();
-  a.len = static_cast<std::uint32_t>(s.bytes());
-  return a;
-}
-inline Arg arg(std::string_view s) {
-  Arg a{};
-  a.kind = Arg::kStr;
-  a.s = s.data();
-  a.len = static_cast<std::uint32_t>(s.size());
-  return a;
-}
-inline Arg arg(double v) {
-  Arg a{};
-  a.kind = Arg::kDouble;
-  a.d = v;
-  return a;
-}
-template <typename T, typename = std::enable_if_t<std::is_integral_v<T> || std::is_enum_v<T>>>
-inline Arg arg(T v) {
-  Arg a{};
-  if constexpr (std::is_enum_v<T>) {
-    a.kind = Arg::kInt;
-    a.i = static_cast<std::int64_t>(v);
-  } else if constexpr (std::is_signed_v<T>) {
-    a.kind = Arg::kInt;
-    a.i = v;
-  } else {
-    a.kind = Arg::kUint;
-    a.u = v;
-  }
-  return a;
-}
-
-// Where an open block's message went, so that its file can close it.
-struct BlockMark {
-  std::uint64_t sequence = 0;
-  std::uint64_t start = 0;  // the file's clock when the block opened
-  void* record = nullptr;
-  MsgId id = 0;
-};
 
 // A destination of messages. Implementations: MemoryFile (kept in memory, for
 // tests) and RingFile (a memory-mapped post-mortem ring).
@@ -101,6 +33,20 @@ class TraceFile {
   }
   // Records the end of the block `mark` opened. By default nothing.
   virtual void closeBlock(const BlockMark& mark) noexcept { (void)mark; }
+  // Writes a message that follows the opening of its thread's innermost block
+  // so closely that it may carry the block's opening time instead of reading
+  // the clock again (a clock read costs as much as the rest of a record). A
+  // file that keeps no times writes a plain message.
+  virtual void writeAtBlockStart(MsgId id, const Arg* args, unsigned count) noexcept {
+    write(id, args, count);
+  }
+
+  // The file's in-place writer, when it is a mapped ring file: the inline
+  // writers below use it rather than the virtual functions.
+  RingWriter* inPlace() const noexcept { return inPlace_; }
+
+ protected:
+  RingWriter* inPlace_ = nullptr;
 };
 
 // Registers a message descriptor (a string literal that outlives the process's
@@ -130,11 +76,24 @@ std::string render(const char* format, const Arg* args, unsigned count);
 
 template <typename... A>
 inline void write(TraceFile* file, MsgId id, const A&... a) noexcept {
-  if constexpr (sizeof...(A) == 0) {
+  if (RingWriter* ring = file->inPlace()) {
+    ring->message(id, a...);
+  } else if constexpr (sizeof...(A) == 0) {
     file->write(id, nullptr, 0);
   } else {
     const Arg args[] = {arg(a)...};
     file->write(id, args, sizeof...(A));
+  }
+}
+
+// write(), through TraceFile::writeAtBlockStart.
+template <typename... A>
+inline void writeAtBlockStart(TraceFile* file, MsgId id, const A&... a) noexcept {
+  if (RingWriter* ring = file->inPlace()) {
+    ring->messageAtBlockStart(id, a...);
+  } else {
+    const Arg args[] = {arg(a)...};
+    file->writeAtBlockStart(id, args, sizeof...(A));
   }
 }
 
@@ -145,7 +104,9 @@ class BlockTimer {
   template <typename... A>
   BlockTimer(MsgId id, const A&... a) noexcept : file_(defaultFile()) {
     if (!file_) return;
-    if constexpr (sizeof...(A) == 0) {
+    if (RingWriter* ring = file_->inPlace()) {
+      mark_ = ring->openBlock(id, a...);
+    } else if constexpr (sizeof...(A) == 0) {
       mark_ = file_->openBlock(id, nullptr, 0);
     } else {
       const Arg args[] = {arg(a)...};
@@ -153,7 +114,11 @@ class BlockTimer {
     }
   }
   ~BlockTimer() {
-    if (file_) file_->closeBlock(mark_);
+    if (!file_) return;
+    if (RingWriter* ring = file_->inPlace())
+      ring->closeBlock(mark_);
+    else
+      file_->closeBlock(mark_);
   }
   BlockTimer(const BlockTimer&) = delete;
   BlockTimer& operator=(const BlockTimer&) = delete;
@@ -175,6 +140,18 @@ class BlockTimer {
     if (::Ringlog::TraceFile* rl_file_ = ::Ringlog::defaultFile()) {             \
       static const ::Ringlog::MsgId rl_id_ = ::Ringlog::registerMessage(format); \
       ::Ringlog::write(rl_file_, rl_id_ __VA_OPT__(, ) __VA_ARGS__);             \
+    }                                                                            \
+  } while (0)
+
+// RINGLOG for the message that a block's function writes as soon as it has
+// done its first step (the driver command of a command function): in a ring
+// file it carries the block's opening time, if no other message came between.
+// Takes at least one argument.
+#define RINGLOG_AT_BLOCK_START(format, ...)                                      \
+  do {                                                                           \
+    if (::Ringlog::TraceFile* rl_file_ = ::Ringlog::defaultFile()) {             \
+      static const ::Ringlog::MsgId rl_id_ = ::Ringlog::registerMessage(format); \
+      ::Ringlog::writeAtBlockStart(rl_file_, rl_id_, __VA_ARGS__);               \
     }                                                                            \
   } while (0)
 

@@ -127,6 +127,44 @@ TEST(RingFile, BlockTimersAreOneRecordWithTheirLength) {
   ::unlink(path.c_str());
 }
 
+// A command's message shares its block's opening time only while nothing
+// else was written since the block opened; otherwise it reads the clock.
+TEST(RingFile, OnlyTheFirstMessageOfABlockTakesTheBlocksTime) {
+  std::string path = tempPath("blockstart");
+  {
+    Ringlog::RingFile file(path, 0);
+    Ringlog::defaultFileIs(&file);
+    {
+      RINGLOG_BLOCK("block");
+      ::usleep(2000);
+      RINGLOG_AT_BLOCK_START("first %d", 1);
+      ::usleep(2000);
+      RINGLOG_AT_BLOCK_START("second %d", 2);  // a retry, later
+    }
+    {
+      RINGLOG_BLOCK("other block");
+      ::usleep(2000);
+      RINGLOG("plain");
+      ::usleep(2000);
+      RINGLOG_AT_BLOCK_START("after plain %d", 3);
+    }
+    ::usleep(2000);
+    RINGLOG_AT_BLOCK_START("outside %d", 4);  // the block has closed
+    Ringlog::defaultFileIs(nullptr);
+  }
+  std::vector<Ringlog::DecodedRecord> got = records(path);
+  ASSERT_EQ(got.size(), 7u);
+  EXPECT_EQ(got[1].text, "first 1");
+  EXPECT_EQ(got[1].wallNs, got[0].wallNs);
+  EXPECT_GE(got[2].wallNs - got[1].wallNs, 3000000);  // both sleeps
+  EXPECT_EQ(got[5].text, "after plain 3");
+  EXPECT_GE(got[5].wallNs - got[4].wallNs, 1500000);
+  EXPECT_GE(got[4].wallNs - got[3].wallNs, 1500000);
+  EXPECT_EQ(got[6].text, "outside 4");
+  EXPECT_GE(got[6].wallNs - got[5].wallNs, 1500000);
+  ::unlink(path.c_str());
+}
+
 TEST(RingFile, ABlockThatNeverEndedReadsAsStillOpen) {
   std::string path = tempPath("open");
   {
