@@ -1,11 +1,14 @@
 // The kernel seam: Linux by default, a test's table when one is installed,
-// including a table that keeps Linux's ioctl (the command path then calls the
-// C library directly) or replaces it.
+// including a table that keeps Linux's ioctl and getenv (the command path then
+// makes the system call and scans the environment itself) or replaces them.
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <string>
+#include <string_view>
 
 #include "Kernel/Kernel.h"
 
@@ -48,6 +51,31 @@ TEST(KernelSeam, IoctlReachesLinuxOrTheInstalledTable) {
   ::close(pipeFds[1]);
 }
 
+// The command path's form: the answer as an error number, from the system
+// call made inline or from the installed table's ioctl.
+TEST(KernelSeam, IoctlErrorAnswersWithTheErrorNumber) {
+  int pipeFds[2];
+  ASSERT_EQ(::pipe(pipeFds), 0);
+  ASSERT_EQ(::write(pipeFds[1], "abcd", 4), 4);
+  int pending = -1;
+  EXPECT_EQ(Kernel::ioctlError(pipeFds[0], FIONREAD, &pending), 0);
+  EXPECT_EQ(pending, 4);  // the kernel's answer reached the buffer
+  EXPECT_EQ(Kernel::ioctlError(-1, FIONREAD, &pending), EBADF);
+  EXPECT_EQ(Kernel::ioctlError(pipeFds[0], 0x7fff, &pending), ENOTTY);
+
+  Kernel::Ops ownIoctl = Kernel::linuxOps();
+  ownIoctl.ioctl = [](int, unsigned long, void*) {
+    errno = ENODEV;
+    return -1;
+  };
+  {
+    Kernel::ScopedOps scoped(&ownIoctl);
+    EXPECT_EQ(Kernel::ioctlError(pipeFds[0], FIONREAD, &pending), ENODEV);
+  }
+  ::close(pipeFds[0]);
+  ::close(pipeFds[1]);
+}
+
 TEST(KernelSeam, GetenvReadsTheEnvironmentAsItIsNow) {
   ::setenv("VORN_KERNEL_TEST", "one", 1);
   EXPECT_STREQ(Kernel::getenv("VORN_KERNEL_TEST"), "one");
@@ -58,6 +86,27 @@ TEST(KernelSeam, GetenvReadsTheEnvironmentAsItIsNow) {
   ::unsetenv("VORN_KERNEL_TEST");
   EXPECT_EQ(Kernel::getenv("VORN_KERNEL_TEST"), nullptr);
   EXPECT_EQ(Kernel::getenv(""), std::getenv(""));
+  // A name matching an entry's first characters only, and the first and
+  // last entries of the environment.
+  ::setenv("VORN_KERNEL_TEST", "x", 1);
+  EXPECT_EQ(Kernel::getenv("VORN_KERNEL_TEST_X"), nullptr);
+  EXPECT_EQ(Kernel::getenv("VORN_KERNEL"), nullptr);
+  for (char** e = environ; *e; ++e) {
+    std::string entry(*e);
+    std::string name = entry.substr(0, entry.find('='));
+    if (name.empty()) continue;
+    EXPECT_EQ(Kernel::getenv(name.c_str()), std::getenv(name.c_str())) << name;
+  }
+  ::unsetenv("VORN_KERNEL_TEST");
+
+  // An installed table's getenv is asked instead of the environment.
+  Kernel::Ops ownGetenv = Kernel::linuxOps();
+  ownGetenv.getenv = [](const char* name) -> const char* {
+    return std::string_view(name) == "SIMULATION_VMID" ? "7" : nullptr;
+  };
+  Kernel::ScopedOps scoped(&ownGetenv);
+  EXPECT_STREQ(Kernel::getenv("SIMULATION_VMID"), "7");
+  EXPECT_EQ(Kernel::getenv("PATH"), nullptr);
 }
 
 }  // namespace
