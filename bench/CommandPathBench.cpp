@@ -70,17 +70,19 @@ void BM_BareIoctl(benchmark::State& state) {
 }
 BENCHMARK(BM_BareIoctl);
 
-// The same request as the system call instruction itself, without the C
-// library's wrapper: the library makes its commands' system call this way,
-// so this is the stricter baseline (one return fewer pending across the
-// call than a bare ioctl).
+// A function that makes only the system call, as the library does, without
+// the C library's wrapper: the floor of any library function that sends a
+// request (its own return is pending across the call, as a bare ioctl's is).
+[[gnu::noinline]] int onlyTheSystemCall(int fd, char* buf) {
+  return Kernel::detail::linuxIoctlError(fd, kCommandSize, buf);
+}
+
 void BM_BareSyscall(benchmark::State& state) {
   Setup setup;
   int fd = refusingDevice();
   char buf[kCommandSize];
   std::snprintf(buf, sizeof buf, "devstate %s %s", "fap0", "up");
-  for (auto _ : state)
-    benchmark::DoNotOptimize(Kernel::detail::linuxIoctlError(fd, kCommandSize, buf));
+  for (auto _ : state) benchmark::DoNotOptimize(onlyTheSystemCall(fd, buf));
 }
 BENCHMARK(BM_BareSyscall);
 
@@ -175,8 +177,8 @@ const bool registered = [] {
                      std::string("BM_") + cmd + "/ring", "BM_BareIoctl", 1.3);
   }
   for (const char* cmd : {"vornDmaIfPortUpdate", "vornDmaVlanVsiAdd", "vornDmaTcToVpriMapAdd"})
-    VornBench::ratio(std::string(cmd) + " / bare system call (ring off)", std::string("BM_") + cmd,
-                     "BM_BareSyscall", 0);
+    VornBench::ratio(std::string(cmd) + " / a function of one system call (ring off)",
+                     std::string("BM_") + cmd, "BM_BareSyscall", 0);
   VornBench::ratio("ring message / bare ioctl", "BM_RingMessage", "BM_BareIoctl", 0);
   VornBench::ratio("ring check without file / bare ioctl", "BM_RingAbsent", "BM_BareIoctl", 0);
   return true;
