@@ -77,6 +77,43 @@ TEST(RingFile, LongStringsAreCutToTheSlot) {
   ::unlink(path.c_str());
 }
 
+// RINGLOG writes a ring file's records in place; other callers hand the file
+// an argument array. Both must write the same record, also where the slot
+// cuts a string or drops the arguments that no longer fit.
+TEST(RingFile, InPlaceAndArgumentArrayRecordsAgree) {
+  std::string path = tempPath("agree");
+  const std::string longText(300, 'z');
+  const char* const none = nullptr;
+  {
+    Ringlog::RingFile file(path, 0);
+    Ringlog::TraceFile& asFile = file;
+    auto both = [&](Ringlog::MsgId id, const auto&... a) {
+      Ringlog::write(&file, id, a...);
+      const Ringlog::Arg args[] = {Ringlog::arg(a)...};
+      asFile.write(id, args, sizeof...(a));
+    };
+    static const Ringlog::MsgId mixed = Ringlog::registerMessage("%s %d %u %g %s %s");
+    both(mixed, "et1", -3, 4u, 0.5, Mox::String("a longer mox string"), none);
+    static const Ringlog::MsgId cut = Ringlog::registerMessage("%s|%s|%u");
+    both(cut, "head", longText.c_str(), 9u);  // the string fills the slot; 9 is dropped
+    both(cut, longText.c_str(), "tail", 9u);
+    static const Ringlog::MsgId many = Ringlog::registerMessage(
+        "%u %u %u %u %u %u %u %u %u %u %u %u %u %u %u %u %u %u %u %u "
+        "%u %u %u %u %u %u %u %u %u %u");
+    both(many, 1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, 9u, 10u, 11u, 12u, 13u, 14u, 15u, 16u, 17u, 18u, 19u,
+         20u, 21u, 22u, 23u, 24u, 25u, 26u, 27u, 28u, 29u, 30u);
+  }
+  std::vector<std::string> got = texts(path);
+  ASSERT_EQ(got.size(), 8u);
+  for (std::size_t i = 0; i < got.size(); i += 2) EXPECT_EQ(got[i], got[i + 1]) << i;
+  EXPECT_EQ(got[0], "et1 -3 4 0.5 a longer mox string (null)");
+  EXPECT_THAT(got[2], testing::StartsWith("head|zzz"));
+  EXPECT_THAT(got[4], testing::Not(HasSubstr("tail")));
+  EXPECT_THAT(got[6], testing::StartsWith("1 2 3 "));
+  EXPECT_THAT(got[6], testing::Not(HasSubstr(" 30")));
+  ::unlink(path.c_str());
+}
+
 std::vector<Ringlog::DecodedRecord> records(const std::string& path) {
   std::vector<Ringlog::DecodedRecord> out;
   std::string error;
