@@ -49,6 +49,11 @@ void ringCommand(const char* buf) noexcept {
     RINGLOG_AT_BLOCK_START("fab_ioctl buf=%s", command);
 }
 
+void refusalEndsProcess(const char* what, int rc) {
+  errno = rc;
+  syserr(what);
+}
+
 int openFabric() {
   int fd = Kernel::open("/dev/fabric", O_RDWR);
   fabricFd.store(fd, std::memory_order_relaxed);

@@ -60,7 +60,7 @@ int vornDmaDeviceRename(Mox::String name, Mox::Ptr<Fru::PciHam const> ham) {
     std::raise(7);
     return rc;
   }
-  syserr("devname");
+  dma::refusalEndsProcess("devname", rc);
 }
 
 int vornDmaDeviceParam(Mox::String name, FapType type, FapId id, unsigned int p1, unsigned int p2,
@@ -73,7 +73,7 @@ int vornDmaDeviceParam(Mox::String name, FapType type, FapId id, unsigned int p1
   int rc = dma::fabIoctl(buf, kCommandSize);
   if (rc == 0 || rc == EBUSY) return rc;
   VORN_DMA_ERROR("vornDmaDeviceParam", buf, rc);
-  syserr("devparams");
+  dma::refusalEndsProcess("devparams", rc);
 }
 
 int vornDmaDevcleanup(Mox::String name) {
@@ -100,7 +100,9 @@ namespace {
 
 }  // namespace
 
-int vornDmaSetDeviceState(Mox::String name, bool up) { return setDeviceState(name, up); }
+int vornDmaSetDeviceState(Mox::String name, bool up) {
+  return setDeviceState(name, up);
+}
 
 int vornDmaDeviceUp(Mox::String name) {
   if (simulation()) return 0;
@@ -139,7 +141,7 @@ int vornDmaMpcMode(bool on) {
   if (simulation()) return 0;
   char buf[kCommandSize];
   command<"mpcmode %s">(buf, on ? "on" : "off");
-  if (dma::fabIoctl(buf, kCommandSize) != 0) syserr(buf);
+  if (int rc = dma::fabIoctl(buf, kCommandSize); rc != 0) dma::refusalEndsProcess(buf, rc);
   return 0;
 }
 

@@ -51,6 +51,11 @@ void ringCommand(const char* buf) noexcept;
   return Kernel::ioctlError(fd, size, buf);
 }
 
+// Ends the process through syserr(what) for the driver's refusal `rc`: the
+// command path takes the refusal as a number and leaves errno alone, so it
+// is set here for the text syserr prints.
+[[noreturn]] void refusalEndsProcess(const char* what, int rc);
+
 // Writes the error trace line of a refused command.
 void errorTraceLine(const char* fn, const char* cmd, int rc, unsigned line);
 

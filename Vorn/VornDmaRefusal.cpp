@@ -11,11 +11,7 @@ int refused(const char* fn, char* buf, const RefusalRule& rule, unsigned line, i
   if (rule.traced && trace().enabled(0))
     Mox::traceLine(trace(), 0, kTraceFile, line, fn, " cmd: ", buf, rule.errorLabel,
                    std::strerror(rc));
-  if (endsProcess(rule, rc)) {
-    // syserr prints errno's text: make it the refusal's, whatever the trace did.
-    errno = rc;
-    syserr(buf);
-  }
+  if (endsProcess(rule, rc)) refusalEndsProcess(buf, rc);
   return rc;
 }
 

@@ -116,6 +116,53 @@ TEST(CommandChannelDeathTest, SyserrPrintsLikePerrorAndAborts) {
       testing::KilledBySignal(SIGABRT), "^devparams: Device or resource busy\n");
 }
 
+// Linux itself, except that "/dev/fabric" is the random device, which
+// refuses every request it does not know with EINVAL: the command path's own
+// system call, not the emulator's table. Each case runs in a fresh child, so
+// the descriptor is opened there.
+Kernel::Ops refusingDeviceOps() {
+  Kernel::Ops ops = Kernel::linuxOps();
+  ops.open = [](const char* path, int flags) {
+    if (std::strcmp(path, "/dev/fabric") == 0) path = "/dev/urandom";
+    return Kernel::linuxOps().open(path, flags);
+  };
+  return ops;
+}
+
+TEST(CommandChannelDeathTest, RefusalsOnTheSystemCallPathKeepTheirErrorText) {
+  static const Kernel::Ops ops = refusingDeviceOps();
+  EXPECT_EXIT(
+      {
+        Kernel::opsIs(&ops);
+        char buf[kCommandSize] = "devstate fap0 up";
+        errno = 0;
+        const int rc = fab_ioctl(buf, kCommandSize);
+        std::_Exit(rc == EINVAL && errno == EINVAL ? 0 : 1);  // errno as after ioctl
+      },
+      testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        Kernel::opsIs(&ops);
+        errno = 0;
+        vornDmaMpcMode(true);
+      },
+      testing::KilledBySignal(SIGABRT), "^mpcmode on: Invalid argument\n");
+  EXPECT_EXIT(
+      {
+        Kernel::opsIs(&ops);
+        errno = 0;
+        vornDmaDeviceParam("fap0", FapType(0), FapId(0), 1, 2, 3, 4, 5, 6);
+      },
+      testing::KilledBySignal(SIGABRT), "^devparams: Invalid argument\n");
+  EXPECT_EXIT(
+      {
+        Kernel::opsIs(&ops);
+        errno = 0;
+        vornDmaSetCosToTc(1, 2);
+      },
+      testing::KilledBySignal(SIGABRT), ": Invalid argument\n$");
+}
+
 // saimode() is computed once per process; each case runs in a fresh child.
 void expectSaiMode(const char* value, bool expected) {
   EXPECT_EXIT(
