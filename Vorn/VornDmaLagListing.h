@@ -23,6 +23,8 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "HardwareVorn/VornDmaLags.h"
 
@@ -92,6 +94,9 @@ class LagListingParser {
   bool inSection_ = false;
   LineOutcome failure_;
   std::string partial_;  // the start of a line split across pieces
+  // The members of the LAG line being read, in listing order; kept from line
+  // to line so that gathering them allocates nothing.
+  std::vector<std::pair<Mox::String, LagMemberDevice>> members_;
 };
 
 }  // namespace Hardware::Vorn::dma

@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <map>
+#include <utility>
 
 #include "HardwareVorn/Ids.h"
 #include "Mox/FlatMap.h"
@@ -58,6 +59,10 @@ class LagDevice {
   // The empty record (no name, LAG id null): it stands for "no LAG".
   LagDevice() = default;
   LagDevice(Mox::String name, LagId lagId) : name_(std::move(name)), lagId_(lagId) {}
+  // A LAG with its member netdevices, built in one go (FlatMap::assign) by
+  // whoever has them all at hand, such as the reader of the listing.
+  LagDevice(Mox::String name, LagId lagId, LagMemberDeviceMap members)
+      : name_(std::move(name)), lagId_(lagId), members_(std::move(members)) {}
   LagDevice(const LagDevice&) = default;
   LagDevice(LagDevice&&) = default;
   ~LagDevice() = default;
@@ -78,9 +83,6 @@ class LagDevice {
   void lagMemberDeviceIs(const LagMemberDevice& member);
   void lagMemberDeviceIs(LagMemberDevice&& member);
   void lagMemberDeviceDel(const Mox::String& name);
-  // Makes room for `count` members in all, so that adding them allocates at
-  // most once. A hint: any number is safe.
-  void lagMemberDeviceReserve(std::size_t count) { members_.reserve(count); }
 
   // Config members, keyed by interface name.
   const LagMemberConfigMap& lagMemberConfigs() const noexcept { return config_; }
