@@ -144,9 +144,31 @@ Mox::String lagName(int number) {
   return Mox::String(name, len);
 }
 
+// Eight bytes of the line as one word, the first byte lowest. Word-wise scans
+// run on little-endian machines only; elsewhere the byte loops do it all.
+constexpr bool kWordScans = std::endian::native == std::endian::little;
+constexpr std::uint64_t kOnes = 0x0101010101010101u;
+std::uint64_t wordAt(std::string_view s, std::size_t pos) noexcept {
+  std::uint64_t w;
+  std::memcpy(&w, s.data() + pos, sizeof w);
+  return w;
+}
+// The byte whose flag (its 0x80 bit) is the lowest in `flags`.
+std::size_t firstFlagged(std::uint64_t flags) noexcept {
+  return static_cast<std::size_t>(std::countr_zero(flags)) / 8;
+}
+
 // The end of the token that starts at `from`: the next blank, or the end.
 std::size_t tokenEnd(std::string_view s, std::size_t from) noexcept {
-  // Tokens are a few characters: a plain loop beats a call to memchr.
+  if constexpr (kWordScans) {
+    for (; s.size() - from >= 8; from += 8) {
+      // A flag in each byte that is a blank; the lowest flag is exact,
+      // later ones may not be.
+      const std::uint64_t x = wordAt(s, from) ^ (kOnes * ' ');
+      const std::uint64_t blanks = (x - kOnes) & ~x & (kOnes * 0x80);
+      if (blanks != 0) return from + firstFlagged(blanks);
+    }
+  }
   while (from < s.size() && s[from] != ' ') ++from;
   return from;
 }
@@ -168,16 +190,14 @@ bool literalAt(std::string_view s, std::size_t pos, const char (&text)[N]) noexc
 // The first white space in [from, stop), or `stop`. Eight bytes at a time
 // where the range has them: interface names run ten to fifteen characters.
 std::size_t spaceFrom(std::string_view s, std::size_t from, std::size_t stop) noexcept {
-  if constexpr (std::endian::native == std::endian::little) {
-    constexpr std::uint64_t kOnes = 0x0101010101010101u;
+  if constexpr (kWordScans) {
     for (; stop - from >= 8; from += 8) {
-      std::uint64_t w;
-      std::memcpy(&w, s.data() + from, sizeof w);
       // A flag in each byte below '!' (white space is among them); the
       // lowest flag is exact, later ones may not be.
-      std::uint64_t below = (w - kOnes * '!') & ~w & (kOnes * 0x80);
+      const std::uint64_t w = wordAt(s, from);
+      const std::uint64_t below = (w - kOnes * '!') & ~w & (kOnes * 0x80);
       if (below != 0) {
-        from += static_cast<std::size_t>(std::countr_zero(below)) / 8;
+        from += firstFlagged(below);
         break;
       }
     }
@@ -322,7 +342,13 @@ LineOutcome LagListingParser::lagLine(std::string_view text, int number, bool ha
   LagDevice::LagMemberDeviceMap members;
   members.assign(members_.begin(), members_.end());
   configLag_ = nullptr;  // the entry it points to may be the one replaced
-  table_.lagDeviceIs(LagDevice(lagName(number), id, std::move(members)));
+  const std::size_t lagsBefore = table_.lagDeviceSize();
+  LagDevice& stored = table_.lagDeviceIs(LagDevice(lagName(number), id, std::move(members)));
+  if (table_.lagDeviceSize() == lagsBefore) {
+    stored_.clear();
+    nextStored_ = 0;
+  }
+  stored_.emplace_back(number, &stored);
   return {LineKind::kLag};
 }
 
@@ -337,12 +363,18 @@ LineOutcome LagListingParser::configLine(std::string_view text) {
   // LAG's config members per line. The config lines of one LAG come
   // together, so the LAG of the previous line is kept at hand.
   if (configLag_ == nullptr || number != configLagNumber_) {
-    configLag_ = table_.lagDeviceInPlace(lagName(number));
+    configLag_ = storedLag(number);
     configLagNumber_ = number;
     if (configLag_ == nullptr) return {LineKind::kAssertionFailed, "!!lagDevice"};
   }
   configLag_->lagMemberConfigIs(Mox::String(intfName.data(), intfName.size()), true);
   return {LineKind::kConfig};
+}
+
+LagDevice* LagListingParser::storedLag(int number) {
+  if (nextStored_ < stored_.size() && stored_[nextStored_].first == number)
+    return stored_[nextStored_++].second;
+  return table_.lagDeviceInPlace(lagName(number));
 }
 
 LineOutcome LagListingParser::feed(std::string_view chunk) {
