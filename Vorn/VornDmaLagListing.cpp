@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <climits>
+#include <cstdint>
+#include <cstring>
 #include <iterator>
 #include <utility>
 
@@ -18,8 +21,12 @@ constexpr auto kSpaces = [] {
   for (unsigned char c : {' ', '\t', '\n', '\v', '\f', '\r'}) table[c] = true;
   return table;
 }();
-bool isSpace(char c) noexcept { return kSpaces[static_cast<unsigned char>(c)]; }
-bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
+bool isSpace(char c) noexcept {
+  return kSpaces[static_cast<unsigned char>(c)];
+}
+bool isDigit(char c) noexcept {
+  return c >= '0' && c <= '9';
+}
 
 // How a directive of a scanf format ended.
 enum class Match { kOk, kInputFailure, kMatchingFailure };
@@ -137,9 +144,31 @@ Mox::String lagName(int number) {
   return Mox::String(name, len);
 }
 
+// Eight bytes of the line as one word, the first byte lowest. Word-wise scans
+// run on little-endian machines only; elsewhere the byte loops do it all.
+constexpr bool kWordScans = std::endian::native == std::endian::little;
+constexpr std::uint64_t kOnes = 0x0101010101010101u;
+std::uint64_t wordAt(std::string_view s, std::size_t pos) noexcept {
+  std::uint64_t w;
+  std::memcpy(&w, s.data() + pos, sizeof w);
+  return w;
+}
+// The byte whose flag (its 0x80 bit) is the lowest in `flags`.
+std::size_t firstFlagged(std::uint64_t flags) noexcept {
+  return static_cast<std::size_t>(std::countr_zero(flags)) / 8;
+}
+
 // The end of the token that starts at `from`: the next blank, or the end.
 std::size_t tokenEnd(std::string_view s, std::size_t from) noexcept {
-  // Tokens are a few characters: a plain loop beats a call to memchr.
+  if constexpr (kWordScans) {
+    for (; s.size() - from >= 8; from += 8) {
+      // A flag in each byte that is a blank; the lowest flag is exact,
+      // later ones may not be.
+      const std::uint64_t x = wordAt(s, from) ^ (kOnes * ' ');
+      const std::uint64_t blanks = (x - kOnes) & ~x & (kOnes * 0x80);
+      if (blanks != 0) return from + firstFlagged(blanks);
+    }
+  }
   while (from < s.size() && s[from] != ' ') ++from;
   return from;
 }
@@ -149,6 +178,86 @@ std::size_t findEt(std::string_view s, std::size_t from) noexcept {
   for (; from + 1 < s.size(); ++from)
     if (s[from] == 'e' && s[from + 1] == 't') return from;
   return std::string_view::npos;
+}
+
+// Whether `s` holds the literal `text` at `pos`. The length is a constant, so
+// the comparison is a load or two, not a call.
+template <std::size_t N>
+bool literalAt(std::string_view s, std::size_t pos, const char (&text)[N]) noexcept {
+  return s.size() - pos >= N - 1 && std::memcmp(s.data() + pos, text, N - 1) == 0;
+}
+
+// The first white space in [from, stop), or `stop`. Eight bytes at a time
+// where the range has them: interface names run ten to fifteen characters.
+std::size_t spaceFrom(std::string_view s, std::size_t from, std::size_t stop) noexcept {
+  if constexpr (kWordScans) {
+    for (; stop - from >= 8; from += 8) {
+      // A flag in each byte below '!' (white space is among them); the
+      // lowest flag is exact, later ones may not be.
+      const std::uint64_t w = wordAt(s, from);
+      const std::uint64_t below = (w - kOnes * '!') & ~w & (kOnes * 0x80);
+      if (below != 0) {
+        from += firstFlagged(below);
+        break;
+      }
+    }
+  }
+  while (from != stop && !isSpace(s[from])) ++from;
+  return from;
+}
+
+// Up to nine plain digits at `pos` (no white space, no sign): their value in
+// `out`, `pos` past them. False, with nothing changed, when there is no digit
+// or there are more: the scanner reads those.
+bool plainDigits(std::string_view s, std::size_t& pos, int& out) noexcept {
+  std::size_t at = pos;
+  int value = 0;
+  for (; at != s.size() && isDigit(s[at]); ++at) {
+    if (at - pos == 9) return false;
+    value = value * 10 + (s[at] - '0');
+  }
+  if (at == pos) return false;
+  out = value;
+  pos = at;
+  return true;
+}
+
+// A config line as the driver writes it: "<name> sys_port <S>: po<N>" with
+// one blank between the parts and plain numbers. On such a line the scanner's
+// answer is three fields with these values; false on anything else, which the
+// scanner then reads. What follows the number is not read, as by sscanf.
+bool scanPlainConfigLine(std::string_view s, std::string_view& intfName, int& sysPort,
+                         int& number) noexcept {
+  if (s.empty() || isSpace(s[0])) return false;
+  const std::size_t nameEnd = spaceFrom(s, 0, std::min(s.size(), kConfigNameMax));
+  if (!literalAt(s, nameEnd, " sys_port ")) return false;
+  std::size_t pos = nameEnd + sizeof " sys_port " - 1;
+  int port = 0;
+  if (!plainDigits(s, pos, port) || !literalAt(s, pos, ": po")) return false;
+  pos += sizeof ": po" - 1;
+  if (!plainDigits(s, pos, number)) return false;
+  intfName = s.substr(0, nameEnd);
+  sysPort = port;
+  return true;
+}
+
+// strtol(text, nullptr, 10): a short run of digits directly, the rest as
+// strtol has it.
+long readLong(std::string_view text) noexcept {
+  // Nine digits fit even a 32-bit long; a non-digit ends the number.
+  if (!text.empty() && text.size() <= 9 && isDigit(text[0])) {
+    long value = 0;
+    for (std::size_t i = 0; i < text.size() && isDigit(text[i]); ++i)
+      value = value * 10 + (text[i] - '0');
+    return value;
+  }
+  std::size_t pos = 0;
+  while (pos < text.size() && isSpace(text[pos])) ++pos;
+  bool negative = false;
+  if (pos < text.size() && (text[pos] == '+' || text[pos] == '-')) negative = text[pos++] == '-';
+  bool any = false;
+  long value = digitsToLong(text, pos, negative, any);
+  return any ? value : 0;
 }
 
 }  // namespace
@@ -164,6 +273,7 @@ int scanLagHead(std::string_view line, int& number, int& lagId) noexcept {
 
 int scanConfigLine(std::string_view line, std::string_view& intfName, int& sysPort,
                    int& number) noexcept {
+  if (scanPlainConfigLine(line, intfName, sysPort, number)) return 3;
   Scanner s(line);
   if (Match m = s.word(kConfigNameMax, intfName); m != Match::kOk) return stopped(m, 0);
   if (Match m = s.text("sys_port", true); m != Match::kOk) return stopped(m, 1);
@@ -175,13 +285,7 @@ int scanConfigLine(std::string_view line, std::string_view& intfName, int& sysPo
 }
 
 long textToLong(std::string_view text) noexcept {
-  std::size_t pos = 0;
-  while (pos < text.size() && isSpace(text[pos])) ++pos;
-  bool negative = false;
-  if (pos < text.size() && (text[pos] == '+' || text[pos] == '-')) negative = text[pos++] == '-';
-  bool any = false;
-  long value = digitsToLong(text, pos, negative, any);
-  return any ? value : 0;
+  return readLong(text);
 }
 
 LineOutcome LagListingParser::line(std::string_view text) {
@@ -211,34 +315,40 @@ LineOutcome LagListingParser::dataLine(std::string_view text) {
   return lagLine(text, number, matches == 2, lagId);
 }
 
-LineOutcome LagListingParser::lagLine(std::string_view text, int number, bool hasLagId,
-                                      int lagId) {
+LineOutcome LagListingParser::lagLine(std::string_view text, int number, bool hasLagId, int lagId) {
   LagId id;  // null when the line has none
   if (hasLagId) {
     const U32 value = static_cast<U32>(lagId);
     if (value > LagId::null()) return {LineKind::kRangeError, LagId::kRangeText};
     id = LagId(value);
   }
-  LagDevice lag(lagName(number), id);
-  // A member is a name and an id after "po<N> <id>": about one per two blanks.
-  lag.lagMemberDeviceReserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), ' ')) / 2);
   // Members: every "et" starts a member name that runs to the next blank; the
   // token after the one blank is its id. The search is plain substring search
   // from the start of the line, and what lies between hits is skipped unread.
+  // They are gathered in listing order and put in name order once.
+  members_.clear();
   std::size_t pos = 0;
   for (std::size_t at; (at = findEt(text, pos)) != std::string_view::npos;) {
     const std::size_t nameEnd = tokenEnd(text, at);
     const std::size_t idStart = nameEnd < text.size() ? nameEnd + 1 : nameEnd;
     const std::size_t idEnd = tokenEnd(text, idStart);
     // The check is on the low 16 bits: 65792 reads as 256.
-    const U16 memberId = static_cast<U16>(textToLong(text.substr(idStart, idEnd - idStart)));
+    const U16 memberId = static_cast<U16>(readLong(text.substr(idStart, idEnd - idStart)));
     if (memberId > LagMemberId::null()) return {LineKind::kRangeError, LagMemberId::kRangeText};
-    lag.lagMemberDeviceIs(LagMemberDevice(Mox::String(text.data() + at, nameEnd - at),
-                                          LagMemberId(memberId), false));
+    Mox::String name(text.data() + at, nameEnd - at);
+    members_.emplace_back(name, LagMemberDevice(name, LagMemberId(memberId), false));
     pos = idEnd;
   }
+  LagDevice::LagMemberDeviceMap members;
+  members.assign(members_.begin(), members_.end());
   configLag_ = nullptr;  // the entry it points to may be the one replaced
-  table_.lagDeviceIs(std::move(lag));
+  const std::size_t lagsBefore = table_.lagDeviceSize();
+  LagDevice& stored = table_.lagDeviceIs(LagDevice(lagName(number), id, std::move(members)));
+  if (table_.lagDeviceSize() == lagsBefore) {
+    stored_.clear();
+    nextStored_ = 0;
+  }
+  stored_.emplace_back(number, &stored);
   return {LineKind::kLag};
 }
 
@@ -253,12 +363,18 @@ LineOutcome LagListingParser::configLine(std::string_view text) {
   // LAG's config members per line. The config lines of one LAG come
   // together, so the LAG of the previous line is kept at hand.
   if (configLag_ == nullptr || number != configLagNumber_) {
-    configLag_ = table_.lagDeviceInPlace(lagName(number));
+    configLag_ = storedLag(number);
     configLagNumber_ = number;
     if (configLag_ == nullptr) return {LineKind::kAssertionFailed, "!!lagDevice"};
   }
   configLag_->lagMemberConfigIs(Mox::String(intfName.data(), intfName.size()), true);
   return {LineKind::kConfig};
+}
+
+LagDevice* LagListingParser::storedLag(int number) {
+  if (nextStored_ < stored_.size() && stored_[nextStored_].first == number)
+    return stored_[nextStored_++].second;
+  return table_.lagDeviceInPlace(lagName(number));
 }
 
 LineOutcome LagListingParser::feed(std::string_view chunk) {

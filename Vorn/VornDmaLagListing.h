@@ -23,6 +23,8 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "HardwareVorn/VornDmaLags.h"
 
@@ -83,6 +85,8 @@ class LagListingParser {
   LineOutcome dataLine(std::string_view text);
   LineOutcome lagLine(std::string_view text, int number, bool hasLagId, int lagId);
   LineOutcome configLine(std::string_view text);
+  // The stored LAG po<number>, or null.
+  LagDevice* storedLag(int number);
 
   VornDmaLags& table_;
   // The LAG the last config line added to, and its number; null after a LAG
@@ -92,6 +96,16 @@ class LagListingParser {
   bool inSection_ = false;
   LineOutcome failure_;
   std::string partial_;  // the start of a line split across pieces
+  // The LAGs that LAG lines stored, by number, in listing order; the next
+  // one to look at. The driver lists config lines in the order of the LAG
+  // lines, so the LAG of a config line is usually the next one here and needs
+  // no search of the table. Emptied when a LAG line replaces an entry, as
+  // the pointer to that entry would dangle.
+  std::vector<std::pair<int, LagDevice*>> stored_;
+  std::size_t nextStored_ = 0;
+  // The members of the LAG line being read, in listing order; kept from line
+  // to line so that gathering them allocates nothing.
+  std::vector<std::pair<Mox::String, LagMemberDevice>> members_;
 };
 
 }  // namespace Hardware::Vorn::dma

@@ -21,37 +21,39 @@ void LagDevice::lagMemberDeviceIs(LagMemberDevice&& member) {
   members_.insert_or_assign(std::move(name), std::move(member));
 }
 
-void LagDevice::lagMemberDeviceDel(const Mox::String& name) { members_.erase(name); }
+void LagDevice::lagMemberDeviceDel(const Mox::String& name) {
+  members_.erase(name);
+}
 
 bool LagDevice::lagMemberConfig(const Mox::String& intfName) const {
   auto it = config_.find(intfName);
   return it != config_.end() && it->second;
 }
 
-void LagDevice::lagMemberConfigIs(Mox::String intfName, bool value) {
-  // The driver lists config members in order: adding past the last one costs
-  // no search.
-  config_.insert_or_assign(std::move(intfName), value);
+void LagDevice::lagMemberConfigDel(const Mox::String& intfName) {
+  config_.erase(intfName);
 }
-
-void LagDevice::lagMemberConfigDel(const Mox::String& intfName) { config_.erase(intfName); }
 
 const LagDevice* VornDmaLags::lagDevice(const Mox::String& name) const {
   auto it = lags_.find(name);
   return it == lags_.end() ? nullptr : &it->second;
 }
 
-void VornDmaLags::lagDeviceIs(const LagDevice& lag) { lagDeviceIs(LagDevice(lag)); }
+LagDevice& VornDmaLags::lagDeviceIs(const LagDevice& lag) {
+  return lagDeviceIs(LagDevice(lag));
+}
 
-void VornDmaLags::lagDeviceIs(LagDevice&& lag) {
+LagDevice& VornDmaLags::lagDeviceIs(LagDevice&& lag) {
   // One search: where the entry is, or where it goes.
   auto it = lags_.lower_bound(lag.name());
   if (it != lags_.end() && it->first == lag.name()) it = lags_.erase(it);
   Mox::String key = lag.name();
-  lags_.emplace_hint(it, std::move(key), std::move(lag));
+  return lags_.emplace_hint(it, std::move(key), std::move(lag))->second;
 }
 
-void VornDmaLags::lagDeviceDel(const Mox::String& name) { lags_.erase(name); }
+void VornDmaLags::lagDeviceDel(const Mox::String& name) {
+  lags_.erase(name);
+}
 
 LagDevice* VornDmaLags::lagDeviceInPlace(const Mox::String& name) {
   auto it = lags_.find(name);

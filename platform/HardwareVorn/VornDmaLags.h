@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <map>
+#include <utility>
 
 #include "HardwareVorn/Ids.h"
 #include "Mox/FlatMap.h"
@@ -58,6 +59,10 @@ class LagDevice {
   // The empty record (no name, LAG id null): it stands for "no LAG".
   LagDevice() = default;
   LagDevice(Mox::String name, LagId lagId) : name_(std::move(name)), lagId_(lagId) {}
+  // A LAG with its member netdevices, built in one go (FlatMap::assign) by
+  // whoever has them all at hand, such as the reader of the listing.
+  LagDevice(Mox::String name, LagId lagId, LagMemberDeviceMap members)
+      : name_(std::move(name)), lagId_(lagId), members_(std::move(members)) {}
   LagDevice(const LagDevice&) = default;
   LagDevice(LagDevice&&) = default;
   ~LagDevice() = default;
@@ -78,15 +83,19 @@ class LagDevice {
   void lagMemberDeviceIs(const LagMemberDevice& member);
   void lagMemberDeviceIs(LagMemberDevice&& member);
   void lagMemberDeviceDel(const Mox::String& name);
-  // Makes room for `count` members in all, so that adding them allocates at
-  // most once. A hint: any number is safe.
-  void lagMemberDeviceReserve(std::size_t count) { members_.reserve(count); }
 
   // Config members, keyed by interface name.
   const LagMemberConfigMap& lagMemberConfigs() const noexcept { return config_; }
   // The value stored for `intfName`; false when there is none.
   bool lagMemberConfig(const Mox::String& intfName) const;
-  void lagMemberConfigIs(Mox::String intfName, bool value);
+  void lagMemberConfigIs(Mox::String intfName, bool value) {
+    // Inline: the reader of the listing adds one per config line. The first
+    // block holds as many as a LAG has members in the usual LAG modes. The
+    // driver lists config members in order: adding past the last one costs
+    // no search.
+    if (config_.empty()) config_.reserve(kUsualMembers);
+    config_.insert_or_assign(std::move(intfName), value);
+  }
   void lagMemberConfigDel(const Mox::String& intfName);
 
   // The two trailing fields belong to the LAG agent: the system aggregate port
@@ -100,6 +109,9 @@ class LagDevice {
   bool operator==(const LagDevice&) const = default;
 
  private:
+  // Members per LAG in LAG modes 0 and 1.
+  static constexpr std::size_t kUsualMembers = 16;
+
   Mox::String name_;
   LagId lagId_;
   LagMemberDeviceMap members_;
@@ -123,9 +135,10 @@ class VornDmaLags : public Mox::PtrInterface {
   std::size_t lagDeviceSize() const noexcept { return lags_.size(); }
   // The LAG named `name`, or null.
   const LagDevice* lagDevice(const Mox::String& name) const;
-  // Inserts `lag`, or replaces the entry of the same name whole.
-  void lagDeviceIs(const LagDevice& lag);
-  void lagDeviceIs(LagDevice&& lag);
+  // Inserts `lag`, or replaces the entry of the same name whole. Returns the
+  // stored entry, valid until that entry is replaced or removed.
+  LagDevice& lagDeviceIs(const LagDevice& lag);
+  LagDevice& lagDeviceIs(LagDevice&& lag);
   void lagDeviceDel(const Mox::String& name);
   // The stored LAG named `name`, to change in place, or null. The pointer
   // stays valid until that entry is replaced or removed.

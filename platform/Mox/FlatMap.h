@@ -4,7 +4,8 @@
 // collection of a few dozen entries costs a handful of allocations instead of
 // one per entry. Insertion in the middle moves the later entries: meant for
 // collections of tens of entries, or for ones built in key order (appending
-// past the last key costs no search).
+// past the last key costs no search). A collection that comes in no useful
+// order is built in one go with assign(), which places each entry once.
 //
 //   Mox::FlatMap<Mox::String, bool> config;
 //   config.insert_or_assign("Ethernet7", true);
@@ -14,6 +15,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -66,6 +70,74 @@ class FlatMap {
   }
   void clear() noexcept { entries_.clear(); }
   void reserve(std::size_t n) { entries_.reserve(n); }
+
+  // Replaces the contents with the entries of [first, last), in any order,
+  // moving from them: the map that inserting them one by one with
+  // insert_or_assign gives (of entries with equal keys the last one stays).
+  // Each entry is moved once, into a block of the final size. The order is
+  // found on positions, merging the ascending runs of the input, so input in
+  // order or made of a few ordered stretches costs few comparisons. Needs
+  // keys ordered by <=>.
+  template <std::random_access_iterator It>
+  void assign(It first, It last) {
+    const std::size_t n = static_cast<std::size_t>(last - first);
+    entries_.clear();
+    entries_.reserve(n);
+    if (n == 0) return;
+    // Positions, spare positions and run ends: on the stack for the usual
+    // sizes.
+    constexpr std::size_t kStackEntries = 64;
+    std::uint32_t stackBuffer[3 * kStackEntries];
+    std::unique_ptr<std::uint32_t[]> heapBuffer;
+    std::uint32_t* order = stackBuffer;
+    if (n > kStackEntries) {
+      heapBuffer.reset(new std::uint32_t[3 * n]);
+      order = heapBuffer.get();
+    }
+    std::uint32_t* spare = order + n;
+    std::uint32_t* runEnds = spare + n;
+    // Whether two keys compared equal: adjacent entries of the final order
+    // are always compared with each other, so without one there are no
+    // repeated keys to drop.
+    bool repeated = false;
+    std::size_t runs = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+      order[i] = static_cast<std::uint32_t>(i);
+      if (i == 0) continue;
+      auto c = first[i - 1].first <=> first[i].first;
+      repeated = repeated || c == 0;
+      if (c > 0) runEnds[runs++] = static_cast<std::uint32_t>(i);
+    }
+    runEnds[runs++] = static_cast<std::uint32_t>(n);
+    // Merges neighbouring runs until one is left; of equal keys the earlier
+    // position stays first.
+    while (runs > 1) {
+      std::size_t merged = 0;
+      std::uint32_t start = 0;
+      for (std::size_t r = 0; r < runs; r += 2) {
+        const std::uint32_t mid = runEnds[r];
+        const std::uint32_t end = r + 1 < runs ? runEnds[r + 1] : mid;
+        std::uint32_t i = start, j = mid, k = start;
+        while (i != mid && j != end) {
+          auto c = first[order[j]].first <=> first[order[i]].first;
+          repeated = repeated || c == 0;
+          spare[k++] = c < 0 ? order[j++] : order[i++];
+        }
+        while (i != mid) spare[k++] = order[i++];
+        while (j != end) spare[k++] = order[j++];
+        runEnds[merged++] = end;
+        start = end;
+      }
+      runs = merged;
+      std::swap(order, spare);
+    }
+    for (std::size_t i = 0; i < n; ++i) {
+      auto& entry = first[order[i]];
+      // An entry whose key comes again is replaced by the later one.
+      if (repeated && i + 1 < n && !(entry.first < first[order[i + 1]].first)) continue;
+      entries_.emplace_back(std::move(entry.first), std::move(entry.second));
+    }
+  }
 
   bool operator==(const FlatMap&) const = default;
 

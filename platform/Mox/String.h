@@ -43,9 +43,7 @@ class String {
       setRep(Rep::make(text, len));
       return;
     }
-    clear();
-    if (len) std::memcpy(buf_, text, len);
-    buf_[kTag] = static_cast<char>(kInlineMax - len);
+    setInline(text, len);
   }
   explicit String(std::string_view text) : String(text.data(), text.size()) {}
   explicit String(const std::string& text) : String(text.data(), text.size()) {}
@@ -139,15 +137,70 @@ class String {
     std::memcpy(&r, buf_, sizeof r);
     return r;
   }
+  // The object is written whole, as one 16-byte store where the machine has
+  // one: the comparisons and copies that follow read it in words, and a word
+  // read of bytes that several narrower stores wrote waits for them to reach
+  // the cache. `lo` holds bytes 0-7 and `hi` bytes 8-15, first byte lowest.
+  void setWords(std::uint64_t lo, std::uint64_t hi) noexcept {
+    using Words = std::uint64_t __attribute__((vector_size(16)));
+    const Words words = {lo, hi};
+    std::memcpy(buf_, &words, kSize);
+  }
+  static constexpr std::uint64_t tagWord(unsigned char tag) noexcept {
+    return static_cast<std::uint64_t>(tag) << 56;
+  }
+  static std::uint64_t load(const char* p, std::size_t n) noexcept {
+    if (n == 8) {
+      std::uint64_t w;
+      std::memcpy(&w, p, sizeof w);
+      return w;
+    }
+    std::uint32_t w;
+    std::memcpy(&w, p, sizeof w);
+    return w;
+  }
+  // Inline text: `len` (at most 15) bytes of `text`, built in registers from
+  // loads that stay inside the text (two that overlap, whose common bytes
+  // agree).
+  void setInline(const char* text, std::size_t len) noexcept {
+    if constexpr (std::endian::native == std::endian::little) {
+      std::uint64_t lo = 0, hi = 0;
+      if (len >= 8) {
+        lo = load(text, 8);
+        // Bytes 8 to len - 1, from the last eight of the text.
+        if (len > 8) hi = load(text + len - 8, 8) >> (8 * (16 - len));
+      } else if (len >= 4) {
+        lo = load(text, 4) | load(text + len - 4, 4) << (8 * (len - 4));
+      } else if (len > 0) {
+        auto byte = [text](std::size_t i) {
+          return static_cast<std::uint64_t>(static_cast<unsigned char>(text[i])) << (8 * i);
+        };
+        lo = byte(0) | byte(len / 2) | byte(len - 1);
+      }
+      setWords(lo, hi | tagWord(static_cast<unsigned char>(kInlineMax - len)));
+    } else {
+      std::memset(buf_, 0, kSize);
+      if (len) std::memcpy(buf_, text, len);
+      buf_[kTag] = static_cast<char>(kInlineMax - len);
+    }
+  }
   void setRep(Rep* r) noexcept {
-    std::memset(buf_, 0, kSize);
-    std::memcpy(buf_, &r, sizeof r);
-    buf_[kTag] = static_cast<char>(kHeapTag);
+    if constexpr (std::endian::native == std::endian::little) {
+      setWords(reinterpret_cast<std::uintptr_t>(r), tagWord(kHeapTag));
+    } else {
+      std::memset(buf_, 0, kSize);
+      std::memcpy(buf_, &r, sizeof r);
+      buf_[kTag] = static_cast<char>(kHeapTag);
+    }
   }
   // Makes this the empty string, without releasing what it held.
   void clear() noexcept {
-    std::memset(buf_, 0, kSize);
-    buf_[kTag] = static_cast<char>(kInlineMax);
+    if constexpr (std::endian::native == std::endian::little) {
+      setWords(0, tagWord(kInlineMax));
+    } else {
+      std::memset(buf_, 0, kSize);
+      buf_[kTag] = static_cast<char>(kInlineMax);
+    }
   }
   // Bytes [at, at + 8) as a big-endian number: compares as the bytes do.
   std::uint64_t word(std::size_t at) const noexcept {

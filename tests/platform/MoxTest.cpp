@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <random>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -236,6 +237,41 @@ TEST(MoxFlatMap, KeepsKeyOrderWhateverTheInsertionOrder) {
   EXPECT_EQ(other, map);
   other.insert_or_assign("et1_1", 0);
   EXPECT_NE(other, map);
+}
+
+TEST(MoxFlatMap, AssignBuildsWhatInsertingOneByOneBuilds) {
+  // Inputs in order, reversed, in a few ascending stretches (as a LAG line
+  // lists et1_0 .. et1_9 and then et1_10 ..), and at random with repeated
+  // keys; sizes on both sides of the positions kept on the stack.
+  std::mt19937 rng(7);
+  std::vector<std::vector<std::pair<Mox::String, int>>> inputs;
+  for (int n : {0, 1, 2, 16, 64, 65, 300}) {
+    std::vector<std::pair<Mox::String, int>> ordered, random;
+    for (int i = 0; i < n; ++i) {
+      ordered.emplace_back(Mox::format("et1_%03d", i), i);
+      random.emplace_back(Mox::format("et1_%d", static_cast<int>(rng() % (n / 2 + 1))), i);
+    }
+    inputs.push_back(ordered);
+    inputs.emplace_back(ordered.rbegin(), ordered.rend());
+    inputs.push_back(random);
+    std::vector<std::pair<Mox::String, int>> stretches;
+    for (int i = 0; i < n; ++i) stretches.emplace_back(Mox::format("et1_%d", i), i);
+    inputs.push_back(stretches);
+  }
+  // Equal keys side by side, apart, and at both ends; one key long enough to
+  // live on the heap.
+  inputs.push_back({{"b", 1}, {"b", 2}, {"a", 3}, {"b", 4}, {"a", 5}});
+  inputs.push_back({{"a", 1}, {"c", 2}, {"a", 3}, {"b", 4}, {"c", 5}});
+  inputs.push_back({{"Ethernet1024/15.4094", 1}, {"a", 2}, {"Ethernet1024/15.4094", 3}});
+  for (const auto& input : inputs) {
+    Mox::FlatMap<Mox::String, int> expected;
+    for (const auto& [key, value] : input) expected.insert_or_assign(key, value);
+    auto moved = input;
+    Mox::FlatMap<Mox::String, int> built;
+    built.insert_or_assign("stale", -1);  // replaced, not kept
+    built.assign(moved.begin(), moved.end());
+    ASSERT_EQ(built, expected) << input.size() << " entries";
+  }
 }
 
 }  // namespace
