@@ -1,6 +1,5 @@
 #include "Vorn/VornDmaRefusal.h"
 
-#include <cerrno>
 #include <cstring>
 
 #include "Vorn/VornDma.h"

@@ -16,12 +16,30 @@ namespace {
 
 int gIoctlCalls = 0;
 
+// A pipe with `text` waiting to be read: FIONREAD on its read end answers
+// the text's length.
+class PipeWithPending {
+ public:
+  explicit PipeWithPending(std::string_view text) {
+    if (::pipe(fds_) != 0 ||
+        ::write(fds_[1], text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+      ADD_FAILURE() << "pipe";
+  }
+  ~PipeWithPending() {
+    ::close(fds_[0]);
+    ::close(fds_[1]);
+  }
+  int readEnd() const { return fds_[0]; }
+
+ private:
+  int fds_[2] = {-1, -1};
+};
+
 TEST(KernelSeam, IoctlReachesLinuxOrTheInstalledTable) {
-  int pipeFds[2];
-  ASSERT_EQ(::pipe(pipeFds), 0);
-  ASSERT_EQ(::write(pipeFds[1], "abc", 3), 3);
+  PipeWithPending pipe("abc");
+  const int readEnd = pipe.readEnd();
   int pending = -1;
-  EXPECT_EQ(Kernel::ioctl(pipeFds[0], FIONREAD, &pending), 0);
+  EXPECT_EQ(Kernel::ioctl(readEnd, FIONREAD, &pending), 0);
   EXPECT_EQ(pending, 3);
 
   // A copy of the Linux table with its own open still reaches Linux's ioctl.
@@ -30,7 +48,7 @@ TEST(KernelSeam, IoctlReachesLinuxOrTheInstalledTable) {
   {
     Kernel::ScopedOps scoped(&keepsIoctl);
     pending = -1;
-    EXPECT_EQ(Kernel::ioctl(pipeFds[0], FIONREAD, &pending), 0);
+    EXPECT_EQ(Kernel::ioctl(readEnd, FIONREAD, &pending), 0);
     EXPECT_EQ(pending, 3);
     EXPECT_EQ(Kernel::open("/dev/null", 0), -1);
   }
@@ -42,26 +60,23 @@ TEST(KernelSeam, IoctlReachesLinuxOrTheInstalledTable) {
   };
   {
     Kernel::ScopedOps scoped(&ownIoctl);
-    EXPECT_EQ(Kernel::ioctl(pipeFds[0], FIONREAD, &pending), -7);
+    EXPECT_EQ(Kernel::ioctl(readEnd, FIONREAD, &pending), -7);
     EXPECT_EQ(gIoctlCalls, 1);
   }
-  EXPECT_EQ(Kernel::ioctl(pipeFds[0], FIONREAD, &pending), 0);  // Linux again
+  EXPECT_EQ(Kernel::ioctl(readEnd, FIONREAD, &pending), 0);  // Linux again
   EXPECT_EQ(gIoctlCalls, 1);
-  ::close(pipeFds[0]);
-  ::close(pipeFds[1]);
 }
 
 // The command path's form: the answer as an error number, from the system
 // call made inline or from the installed table's ioctl.
 TEST(KernelSeam, IoctlErrorAnswersWithTheErrorNumber) {
-  int pipeFds[2];
-  ASSERT_EQ(::pipe(pipeFds), 0);
-  ASSERT_EQ(::write(pipeFds[1], "abcd", 4), 4);
+  PipeWithPending pipe("abcd");
+  const int readEnd = pipe.readEnd();
   int pending = -1;
-  EXPECT_EQ(Kernel::ioctlError(pipeFds[0], FIONREAD, &pending), 0);
+  EXPECT_EQ(Kernel::ioctlError(readEnd, FIONREAD, &pending), 0);
   EXPECT_EQ(pending, 4);  // the kernel's answer reached the buffer
   EXPECT_EQ(Kernel::ioctlError(-1, FIONREAD, &pending), EBADF);
-  EXPECT_EQ(Kernel::ioctlError(pipeFds[0], 0x7fff, &pending), ENOTTY);
+  EXPECT_EQ(Kernel::ioctlError(readEnd, 0x7fff, &pending), ENOTTY);
 
   Kernel::Ops ownIoctl = Kernel::linuxOps();
   ownIoctl.ioctl = [](int, unsigned long, void*) {
@@ -70,10 +85,8 @@ TEST(KernelSeam, IoctlErrorAnswersWithTheErrorNumber) {
   };
   {
     Kernel::ScopedOps scoped(&ownIoctl);
-    EXPECT_EQ(Kernel::ioctlError(pipeFds[0], FIONREAD, &pending), ENODEV);
+    EXPECT_EQ(Kernel::ioctlError(readEnd, FIONREAD, &pending), ENODEV);
   }
-  ::close(pipeFds[0]);
-  ::close(pipeFds[1]);
 }
 
 TEST(KernelSeam, GetenvReadsTheEnvironmentAsItIsNow) {
