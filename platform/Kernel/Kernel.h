@@ -48,20 +48,31 @@ const char* linuxGetenv(const char* name);
 
 // The value of `name` (not empty) in `env`, a null-terminated array of
 // "NAME=value" texts, or null. Reads no byte past any text's end. An entry
-// whose first character differs costs two loads, a compare and a branch: the
-// command path scans the environment before every command.
+// whose first character differs costs two loads, a compare and one branch:
+// the end of the array reads the name's own first character instead of an
+// entry's, so it takes the same branch as a candidate and is told apart
+// there. The command path scans the environment before every command.
 [[gnu::always_inline]] inline const char* findInEnvironment(char* const* env,
                                                             const char* name) noexcept {
   const char first = name[0];
-  for (; *env; ++env) {
+  for (;; ++env) {
     const char* entry = *env;
-    if (entry[0] != first) continue;
+    const char* probe = entry;
+#if defined(__x86_64__) || defined(__i386__)
+    // A conditional move: left to itself the compiler splits the end test
+    // back into a branch of its own.
+    asm("test %1, %1\n\tcmovz %2, %0" : "+r"(probe) : "r"(entry), "r"(name) : "cc");
+#else
+    if (!probe) probe = name;
+#endif
+    if (*probe != first) [[likely]]
+      continue;
+    if (!entry) return nullptr;
     const char* n = name + 1;
     const char* v = entry + 1;
     while (*n && *v == *n) ++n, ++v;
     if (!*n && *v == '=') return v + 1;
   }
-  return nullptr;
 }
 
 // ioctl's outcome as an error number: 0 when the request succeeded, else the
