@@ -219,21 +219,23 @@ class Out {
   }
 
  private:
-  // How many digits `v` has in base `Base`. Decimal lengths are counted
-  // without a loop: numbers of mixed lengths, one after another, would
-  // mispredict its end.
+  // How many digits `v` has in base `Base`, counted without a loop: numbers
+  // of mixed lengths, one after another, would mispredict its end. A decimal
+  // length is first guessed from the binary one (1233 / 4096 is just under
+  // log10 of 2, so the guess is the length or one short) and then settled by
+  // one compare.
   template <unsigned Base>
   static std::size_t length(unsigned v) noexcept {
+    static_assert(sizeof(unsigned) == 4);
+    const unsigned significant = 32u - static_cast<unsigned>(__builtin_clz(v | 1u));
     if constexpr (Base == 10) {
-      std::size_t n = 1;
-      for (unsigned bound :
-           {10u, 100u, 1000u, 10000u, 100000u, 1000000u, 10000000u, 100000000u, 1000000000u})
-        n += v >= bound;
-      return n;
+      static constexpr unsigned kPowers[] = {1u,      10u,      100u,      1000u,      10000u,
+                                             100000u, 1000000u, 10000000u, 100000000u, 1000000000u};
+      const unsigned guess = significant * 1233u >> 12;
+      return guess + ((v | 1u) >= kPowers[guess] ? 1 : 0);
     } else {
-      static_assert((Base == 8 || Base == 16) && sizeof(unsigned) == 4);
+      static_assert(Base == 8 || Base == 16);
       constexpr unsigned kBits = Base == 8 ? 3 : 4;
-      const unsigned significant = 32u - static_cast<unsigned>(__builtin_clz(v | 1u));
       return (significant + kBits - 1) / kBits;
     }
   }
