@@ -2,7 +2,6 @@
 // fatal exit, the SAI-mode switch and the presence probes.
 #include <fcntl.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -11,6 +10,7 @@
 #include <string_view>
 
 #include "Ringlog/Ringlog.h"
+#include "Vorn/StatisticsPoll.h"
 #include "Vorn/VornDma.h"
 #include "Vorn/VornDmaPrivate.h"
 
@@ -23,30 +23,12 @@ void errorTraceLine(const char* fn, const char* cmd, int rc, unsigned line) {
   Mox::traceLine(trace(), 0, kTraceFile, line, fn, " cmd: ", cmd, " error ", std::strerror(rc));
 }
 
-namespace {
-
-// True when "devstats " stands anywhere in the `len` characters of `buf`.
-bool isStatisticsPoll(const char* buf, std::size_t len) {
-  constexpr std::string_view kPoll = "devstats ";
-  const char* const end = buf + len;
-  for (const char* p = buf; end - p >= static_cast<std::ptrdiff_t>(kPoll.size()); ++p) {
-    p = static_cast<const char*>(std::memchr(p, 'd', static_cast<std::size_t>(end - p)));
-    if (!p) return false;
-    if (std::string_view(p, std::min(kPoll.size(), static_cast<std::size_t>(end - p))) == kPoll)
-      return true;
-  }
-  return false;
-}
-
-}  // namespace
-
-void ringCommand(const char* buf) noexcept {
-  const std::string_view command(buf);
+void ringCommand(const char* buf, std::size_t length) noexcept {
   // The statistics poll is frequent; it stays out of the ring trace.
   // Written right after the command was formatted: inside a command
   // function's block it carries the block's opening time.
-  if (!isStatisticsPoll(command.data(), command.size()))
-    RINGLOG_AT_BLOCK_START("fab_ioctl buf=%s", command);
+  if (!isStatisticsPoll(buf, length))
+    RINGLOG_AT_BLOCK_START("fab_ioctl buf=%s", std::string_view(buf, length));
 }
 
 void refusalEndsProcess(const char* what, int rc) {

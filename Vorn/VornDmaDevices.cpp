@@ -46,12 +46,12 @@ int vornDmaDeviceRename(Mox::String name, Mox::Ptr<Fru::PciHam const> ham) {
   } else {
     std::snprintf(pci, sizeof pci, "%s", "nopcidev");
   }
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   if (command<"devname %s %s">(buf, name.charPtr(), pci) < 0) {
     VORN_DMA_TRACE(0, "vornDmaDeviceRename", " ", name, " buffer overflow ");
     syserr("devname");
   }
-  int rc = dma::fabIoctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf);
   if (rc == 0 || rc == EEXIST) return rc;
   VORN_DMA_ERROR("vornDmaDeviceRename", buf, rc);
   if (rc == ENODEV) {
@@ -66,11 +66,11 @@ int vornDmaDeviceRename(Mox::String name, Mox::Ptr<Fru::PciHam const> ham) {
 int vornDmaDeviceParam(Mox::String name, FapType type, FapId id, unsigned int p1, unsigned int p2,
                        unsigned int p3, unsigned int p4, unsigned int p5, unsigned int p6) {
   if (simulation()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"devparams %s %u %u %u %u %u %u %u %u">(buf, name.charPtr(), static_cast<unsigned>(type),
                                                   static_cast<unsigned>(id.value()), p1, p2, p3, p4,
                                                   p5, p6);
-  int rc = dma::fabIoctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf);
   if (rc == 0 || rc == EBUSY) return rc;
   VORN_DMA_ERROR("vornDmaDeviceParam", buf, rc);
   dma::refusalEndsProcess("devparams", rc);
@@ -78,9 +78,9 @@ int vornDmaDeviceParam(Mox::String name, FapType type, FapId id, unsigned int p1
 
 int vornDmaDevcleanup(Mox::String name) {
   if (simulation()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"devcleanup %s">(buf, name.charPtr());
-  int rc = dma::fabIoctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf);
   if (rc != 0) VORN_DMA_ERROR("vornDmaDevcleanup", buf, rc);
   return rc;
 }
@@ -91,9 +91,9 @@ namespace {
 // Expanded into its callers: no copy of the name, no call between them and
 // the system call.
 [[gnu::always_inline]] inline int setDeviceState(const Mox::String& name, bool up) {
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"devstate %s %s">(buf, name.charPtr(), up ? "up" : "down");
-  int rc = dma::fabIoctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf);
   if (rc != 0 && rc != ENODEV) VORN_DMA_ERROR("vornDmaSetDeviceState", buf, rc);
   return rc;
 }
@@ -139,9 +139,9 @@ int vornDmaIsDeviceUp(Mox::String name, bool* up) {
 
 int vornDmaMpcMode(bool on) {
   if (simulation()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"mpcmode %s">(buf, on ? "on" : "off");
-  if (int rc = dma::fabIoctl(buf, kCommandSize); rc != 0) dma::refusalEndsProcess(buf, rc);
+  if (int rc = dma::fabIoctl(buf); rc != 0) dma::refusalEndsProcess(buf, rc);
   return 0;
 }
 

@@ -120,7 +120,7 @@ int vornDmaIfadd(const char* ifname, int sysPort, int portArg, Mox::String devNa
     return EINVAL;
   }
 
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   if (hwLag) {
     sysPort = vornDmaInternalSysPortIdIs(static_cast<unsigned short>(sysPort));
     // In SAI mode the host namespace owns hardware LAGs; the driver never
@@ -146,8 +146,8 @@ int vornDmaIfadd(const char* ifname, int sysPort, int portArg, Mox::String devNa
                                     keywordOf(ctrl));
   }
 
-  VORN_DMA_TRACE(2, "vornDmaIfadd: command ", buf);
-  int rc = dma::fabIoctl(buf, kCommandSize);
+  VORN_DMA_TRACE(2, "vornDmaIfadd: command ", buf.text);
+  int rc = dma::fabIoctl(buf);
   if (rc == 0) return setupIntf(ifname, macAddr);
   if (rc == EEXIST) return 0;  // the device is there and set up already
   VORN_DMA_ERROR("vornDmaIfadd", buf, rc);
@@ -162,9 +162,9 @@ int vornDmaIfdel(const char* ifname) {
                    " in host namespace");
     return 0;
   }
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"ifdel %s">(buf, ifname);
-  int rc = dma::fabIoctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf);
   if (rc != 0) VORN_DMA_ERROR("vornDmaIfdel", buf, rc);
   return rc;
 }
@@ -172,8 +172,9 @@ int vornDmaIfdel(const char* ifname) {
 namespace {
 
 // Sends the command in `buf`; a refusal is traced under `fn` and returned.
-[[gnu::always_inline]] inline int sendTraced(const char* fn, char* buf, unsigned line) {
-  int rc = dma::fabIoctl(buf, kCommandSize);
+[[gnu::always_inline]] inline int sendTraced(const char* fn, dma::CommandBuffer& buf,
+                                             unsigned line) {
+  int rc = dma::fabIoctl(buf);
   if (rc != 0) dma::errorTrace(fn, buf, rc, line);
   return rc;
 }
@@ -183,7 +184,7 @@ namespace {
 int vornDmaIfPortUpdate(const char* ifname, int sysPort) {
   RINGLOG_BLOCK("vornDmaIfPortUpdate ifname=%s sys_port=%d", ifname, sysPort);
   if (simulation()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"ifportupdate %s %d">(buf, ifname, sysPort);
   return sendTraced("vornDmaIfPortUpdate", buf, __LINE__);
 }
@@ -191,9 +192,9 @@ int vornDmaIfPortUpdate(const char* ifname, int sysPort) {
 int vornDmaSetIntfState(Mox::String ifname, bool up) {
   if (simulation()) return 0;
   if (!saimode()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"ifstate %s %s">(buf, ifname.charPtr(), up ? "up" : "down");
-  int rc = dma::fabIoctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf);
   if (rc != 0 && rc != ENODEV) VORN_DMA_ERROR("vornDmaSetIntfState", buf, rc);
   return rc;
 }
@@ -202,7 +203,7 @@ int vornDmaNativeVlan(const char* ifname, bool flag, unsigned short vlanId) {
   RINGLOG_BLOCK("vornDmaNativeVlan ifname=%s vlan %u", ifname, unsigned{vlanId});
   if (simulation()) return 0;
   if (std::strchr(ifname, '.')) return 0;  // sub-interfaces have no native VLAN
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"native_vlan %s %d %d">(buf, ifname, flag ? 1 : 0, int{vlanId});
   return sendTraced("vornDmaNativeVlan", buf, __LINE__);
 }
@@ -213,7 +214,7 @@ int vornDmaVlanVsiAdd(const char* ifname, unsigned short startVlanId, unsigned s
                 ifname, unsigned{startVlanId}, unsigned{endVlanId}, unsigned{innerVlanId},
                 unsigned{vsi});
   if (simulation()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"vlan_vsi_add %s %d %d %d %d">(buf, ifname, int{startVlanId}, int{endVlanId},
                                          int{innerVlanId}, int{vsi});
   return sendTraced("vornDmaVlanVsiAdd", buf, __LINE__);
@@ -224,7 +225,7 @@ int vornDmaVlanVsiDel(const char* ifname, unsigned short startVlanId, unsigned s
   RINGLOG_BLOCK("vornDmaVlanVsiDel ifname=%s start_vlanid %u end_vlanid %u inner_vlanid %u", ifname,
                 unsigned{startVlanId}, unsigned{endVlanId}, unsigned{innerVlanId});
   if (simulation()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"vlan_vsi_del %s %d %d %d">(buf, ifname, int{startVlanId}, int{endVlanId},
                                       int{innerVlanId});
   return sendTraced("vornDmaVlanVsiDel", buf, __LINE__);
@@ -241,9 +242,9 @@ int vornDmaRoutedPortSet(const char* ifname, unsigned int vlanId) {
     *dot = '\0';
     name = cut;
   }
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"internalvlan %u %s">(buf, vlanId, name);
-  int rc = dma::fabIoctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf);
   if (rc == ENODEV) {
     VORN_DMA_TRACE(0, "vornDmaRoutedPortSet: intfname ", name, ": vlanid ", vlanId,
                    " device not found");
@@ -261,7 +262,7 @@ int vornDmaRoutedPortSet(const char* ifname, unsigned int vlanId) {
 int vornDmaRoutedPortEncapVlanMapSet(const char* ifname, unsigned int vlanTag) {
   RINGLOG_BLOCK("vornDmaRoutedPortEncapVlanMapSet ifname=%s vlanTag=%u", ifname, vlanTag);
   if (simulation()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"encapvlan_routedport %s %u">(buf, ifname, vlanTag);
   VORN_DMA_TRACE(8, "vornDmaRoutedPortEncapVlanMapSet", " ", ifname, " ", vlanTag);
   return sendTraced("vornDmaRoutedPortEncapVlanMapSet", buf, __LINE__);

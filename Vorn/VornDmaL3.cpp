@@ -30,7 +30,7 @@ constexpr dma::RefusalRule kVlanRoutingRule = {true, End::onlyListed, {EINVAL}, 
 constexpr dma::RefusalRule kVcableRule = {true, End::never, {}};
 
 unsigned int sendMac(const char* fn, const char* keyword, const Wirl::EthAddr& mac) {
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"%s %s">(buf, keyword, mac.stringValue().charPtr());
   return VORN_DMA_SEND(fn, buf, kL3Rule);
 }
@@ -41,7 +41,7 @@ unsigned int vornDmaVirtualMacSet(Wirl::EthAddrWithMask mac) {
   RINGLOG_BLOCK("vornDmaVirtualMacSet %s mask= %s", mac.addr().displayString(),
                 mac.mask().displayString());
   if (simulation()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"virtualmac %s %s">(buf, mac.addr().stringValue().charPtr(),
                               mac.mask().stringValue().charPtr());
   return VORN_DMA_SEND("vornDmaVirtualMacSet", buf, kL3Rule);
@@ -97,7 +97,7 @@ unsigned int vornDmaVlanRoutingStatus(unsigned short vlanId, unsigned short enab
 unsigned int vornDmaVcableSetProto(unsigned short proto) {
   RINGLOG_BLOCK("vornDmaVcableSetProto proto=%u", unsigned{proto});
   if (simulation()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"vcable_proto %hx">(buf, proto);
   return VORN_DMA_SEND("vornDmaVcableSetProto", buf, kVcableRule);
 }
@@ -105,7 +105,7 @@ unsigned int vornDmaVcableSetProto(unsigned short proto) {
 unsigned int vornDmaVcableSetMuxid(const char* ifname, unsigned short muxid) {
   RINGLOG_BLOCK("vornDmaVcableSetMuxid ifname=%s muxid=%u", ifname, unsigned{muxid});
   if (simulation()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"vcable_muxid %s %hu">(buf, ifname, muxid);
   return VORN_DMA_SEND("vornDmaVcableSetMuxid", buf, kVcableRule);
 }

@@ -63,10 +63,10 @@ class ScopedFd {
 
 int vornDmaSetLagMode(unsigned lagMode, unsigned lagParam, FapType fapType) {
   if (simulation()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"drvparams %d %d %d">(buf, static_cast<int>(lagMode), static_cast<int>(lagParam),
                                 static_cast<int>(fapType));
-  int rc = dma::fabIoctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf);
   if (rc != 0) VORN_DMA_ERROR("vornDmaSetLagMode", buf, rc);
   return rc;
 }
@@ -75,14 +75,14 @@ int vornDmaLagMemberAdd(const char* ifname, const char* membername, int memberId
   RINGLOG_BLOCK("vornDmaLagMemberAdd ifname=%s, membername=%s, memberId=%d", ifname, membername,
                 memberId);
   if (skipMemberCommand()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"lagmember_add %s %s %d">(buf, ifname, membername, memberId);
-  int rc = dma::fabIoctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf);
   int retries = 0;
   while (rc == ENODEV && retries < kMemberMaxRetries) {
     Kernel::usleep(kMemberRetryPauseUs);
     ++retries;
-    rc = dma::fabIoctl(buf, kCommandSize);
+    rc = dma::fabIoctl(buf);
   }
   if (retries == 0 && rc == 0) return 0;
   if (retries > 0) {
@@ -97,9 +97,9 @@ int vornDmaLagMemberAdd(const char* ifname, const char* membername, int memberId
 int vornDmaLagMemberDel(const char* ifname, int memberId) {
   RINGLOG_BLOCK("vornDmaLagMemberDel ifname=%s, memberId=%d", ifname, memberId);
   if (skipMemberCommand()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"lagmember_del %s %d">(buf, ifname, memberId);
-  int rc = dma::fabIoctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf);
   if (rc != 0) VORN_DMA_ERROR("vornDmaLagMemberDel", buf, rc);
   return rc;
 }
@@ -107,9 +107,9 @@ int vornDmaLagMemberDel(const char* ifname, int memberId) {
 int vornDmaLagMemberConfigAdd(const char* ifname, const char* membername) {
   RINGLOG_BLOCK("vornDmaLagMemberConfigAdd ifname=%s, membername=%s", ifname, membername);
   if (skipMemberCommand()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"lagmemberconfig_add %s %s">(buf, ifname, membername);
-  int rc = dma::fabIoctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf);
   if (rc != 0) {
     VORN_DMA_TRACE(0, "vornDmaLagMemberConfigAdd", " ifname=", ifname, ", membername=", membername,
                    " returned ", rc);
@@ -122,9 +122,9 @@ int vornDmaLagMemberConfigAdd(const char* ifname, const char* membername) {
 int vornDmaLagMemberConfigDel(const char* ifname, const char* membername) {
   RINGLOG_BLOCK("vornDmaLagMemberConfigDel ifname=%s, membername=%s", ifname, membername);
   if (skipMemberCommand()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"lagmemberconfig_del %s %s">(buf, ifname, membername);
-  int rc = dma::fabIoctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf);
   if (rc != 0) {
     // The pieces differ from the add's ("ifname=" without a blank before it,
     // " membername=" without a comma); readers of the trace match on them.
@@ -140,9 +140,9 @@ int vornDmaLagConfigMapDel(const char* lagname) {
   // The entry message has always read "vornDmaLagConfigDel"; kept for its readers.
   RINGLOG_BLOCK("vornDmaLagConfigDel lagname=%s", lagname);
   if (skipMemberCommand()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"lagconfigmap_del %s">(buf, lagname);
-  int rc = dma::fabIoctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf);
   if (rc != 0) {
     VORN_DMA_TRACE(0, "vornDmaLagConfigMapDel", " lagname=", lagname, " returned ", rc);
     RINGLOG("vornDmaLagConfigMapDel lagname=%s returned %d", lagname, rc);

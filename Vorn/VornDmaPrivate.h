@@ -3,7 +3,9 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
+#include <cstring>
 
 #include "Kernel/Kernel.h"
 #include "Mox/Trace.h"
@@ -36,19 +38,50 @@ extern std::atomic<int> fabricFd;
 // process.
 int openFabric();
 
-// Writes the driver-command message of `buf` to the default ring trace file,
-// unless it is the frequent statistics poll. Needs a default file.
-void ringCommand(const char* buf) noexcept;
+// A command function's buffer and the length of the text formatted into it,
+// so that the ring trace copies the command without measuring it again. It
+// stands wherever the text is wanted as a char*.
+struct CommandBuffer {
+  char text[kCommandSize];
+  std::size_t length = 0;
+
+  // NOLINTNEXTLINE(google-explicit-constructor): the buffer is its text
+  operator char*() noexcept { return text; }
+};
+
+// Formats a command into `b` and keeps its length (snprintf's result, cut to
+// what the buffer holds).
+template <CommandFormatText F, typename... A>
+inline int command(CommandBuffer& b, A... args) noexcept {
+  const int n = writeCommandInto<F>(b.text, sizeof b.text, args...);
+  b.length = n < static_cast<int>(sizeof b.text) ? static_cast<std::size_t>(n) : sizeof b.text - 1;
+  return n;
+}
+
+// Writes the driver-command message of the `length` characters at `buf` to
+// the default ring trace file, unless it is the frequent statistics poll.
+// Needs a default file.
+void ringCommand(const char* buf, std::size_t length) noexcept;
+
+// A request whose text was not measured by its writer.
+inline constexpr std::size_t kUnmeasured = static_cast<std::size_t>(-1);
 
 // fab_ioctl, expanded into each command function: the command path keeps no
 // call between the command function and the C library's ioctl, because every
 // return pending across a system call is mispredicted when it comes back.
-[[gnu::always_inline]] inline int fabIoctl(char* buf, unsigned int size) {
-  if (Ringlog::defaultFile()) ringCommand(buf);
+// `length` is the text's length in `buf`, for the ring trace; an unmeasured
+// text is measured there, within the request's `size` bytes.
+[[gnu::always_inline]] inline int fabIoctl(char* buf, unsigned size,
+                                           std::size_t length = kUnmeasured) {
+  if (Ringlog::defaultFile()) ringCommand(buf, length == kUnmeasured ? strnlen(buf, size) : length);
   int fd = fabricFd.load(std::memory_order_relaxed);
   if (fd < 0) [[unlikely]]
     fd = openFabric();
   return Kernel::ioctlError(fd, size, buf);
+}
+// The same for a command function's buffer.
+[[gnu::always_inline]] inline int fabIoctl(CommandBuffer& b) {
+  return fabIoctl(b.text, kCommandSize, b.length);
 }
 
 // Ends the process through syserr(what) for the driver's refusal `rc`: the

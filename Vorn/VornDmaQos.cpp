@@ -53,14 +53,14 @@ unsigned int vornDmaTcToVpriMapAdd(const char* ifname, unsigned int* map) {
   for (unsigned i = 0; i < kTrafficClasses; ++i) word |= map[i] << (3 * i);
   VORN_DMA_TRACE(2, "vornDmaTcToVpriMapAdd", ": applying mapping ", std::oct, word, std::dec,
                  " on ", ifname);
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"tc_vpri_map_add %s %o">(buf, ifname, word);
   return VORN_DMA_SEND("vornDmaTcToVpriMapAdd", buf, kTcMapAddRule);
 }
 
 unsigned int vornDmaTcToVpriMapDel(const char* ifname) {
   if (simulation()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"tc_vpri_map_del %s">(buf, ifname);
   return VORN_DMA_SEND("vornDmaTcToVpriMapDel", buf, kTcMapDelRule);
 }
@@ -68,14 +68,14 @@ unsigned int vornDmaTcToVpriMapDel(const char* ifname) {
 unsigned int vornDmaTcToVpriMapUpdate(const char* ifname, unsigned int tc, unsigned int cos) {
   if (simulation()) return 0;
   VORN_DMA_TRACE(8, "vornDmaTcToVpriMapUpdate", ": updating mapping tc ", tc, " to cos ", cos);
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"tc_vpri_map_update %s %u %u">(buf, ifname, tc, cos);
   return VORN_DMA_SEND("vornDmaTcToVpriMapUpdate", buf, kTcMapUpdateRule);
 }
 
 unsigned int vornDmaSetPtpDropEventTxPkts(bool drop) {
   if (simulation()) return 0;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"drop_event_ptp_pkts %s">(buf, drop ? "on" : "off");
   return VORN_DMA_SEND("vornDmaSetPtpDropEventTxPkts", buf, kPtpDropRule);
 }
@@ -89,7 +89,7 @@ void vornDmaVniToVlanIs(unsigned int vni, unsigned int vlanId) {
 
 void vornDmaVtepLearnModeIs(unsigned int mode) {
   VORN_DMA_TRACE(8, "vornDmaVtepLearnModeIs", ": VxlanVtepLearnMode: ", mode);
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"vtep_learn_mode %u">(buf, mode);
   VORN_DMA_SEND("vornDmaVtepLearnModeIs", buf, kVxlanRule);
 }

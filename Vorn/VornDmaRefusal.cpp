@@ -15,7 +15,7 @@ int refused(const char* fn, char* buf, const RefusalRule& rule, unsigned line, i
 }
 
 int sendPair(const char* fn, const char* keyword, unsigned a, unsigned b, const RefusalRule& rule) {
-  char buf[kCommandSize];
+  CommandBuffer buf;
   command<"%s %u %u">(buf, keyword, a, b);
   return VORN_DMA_SEND(fn, buf, rule);
 }

@@ -46,13 +46,13 @@ constexpr bool endsProcess(const RefusalRule& rule, int rc) {
 // rule ends the process. Returns `rc`.
 int refused(const char* fn, char* buf, const RefusalRule& rule, unsigned line, int rc);
 
-// Sends the command in the 256-byte `buf` and applies `rule` to a refusal.
+// Sends the command in `buf` and applies `rule` to a refusal.
 // Returns the driver's answer.
 // A refusal that is neither traced nor fatal is returned without a call: the
 // rules are constants, so most of this test folds away.
-[[gnu::always_inline]] inline int sendCommand(const char* fn, char* buf, const RefusalRule& rule,
-                                              unsigned line) {
-  int rc = fabIoctl(buf, kCommandSize);
+[[gnu::always_inline]] inline int sendCommand(const char* fn, CommandBuffer& buf,
+                                              const RefusalRule& rule, unsigned line) {
+  int rc = fabIoctl(buf);
   if (rc == 0) return 0;
   if (endsProcess(rule, rc) || (rule.traced && trace().enabled(0))) [[unlikely]]
     return refused(fn, buf, rule, line, rc);

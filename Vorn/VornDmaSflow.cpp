@@ -55,24 +55,25 @@ void vornDmaSflowSampleRateSet(U32 sampleRate, U32 HwSampleRate, bool dropEnable
   MOX_ASSERT_TEXT(sampleRate >= HwSampleRate, "sampleRate >= HwSampleRate",
                   "void Hardware::Vorn::vornDmaSflowSampleRateSet(U32, U32, bool, "
                   "Hardware::Vorn::FapType)");
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"sflow_drop_threshold %u %u">(buf,
                                         sflowDropThreshold(sampleRate, HwSampleRate, dropEnabled),
                                         static_cast<unsigned>(fapType));
-  int rc = dma::fabIoctl(buf, kCommandSize);
+  int rc = dma::fabIoctl(buf);
   VORN_DMA_TRACE(8, "vornDmaSflowSampleRateSet: ", "sampleRate ", sampleRate, " ", "HwSampleRate ",
-                 HwSampleRate, " ", buf);
+                 HwSampleRate, " ", buf.text);
   // This command's refusal reads " returned " where the others read " error ".
   if (rc != 0)
-    VORN_DMA_TRACE(0, "vornDmaSflowSampleRateSet", " cmd: ", buf, " returned ", std::strerror(rc));
+    VORN_DMA_TRACE(0, "vornDmaSflowSampleRateSet", " cmd: ", buf.text, " returned ",
+                   std::strerror(rc));
 }
 
 void vornDmaDisableSflowDrops(FapType fapType) {
   if (simulation()) return;
-  char buf[kCommandSize];
+  dma::CommandBuffer buf;
   command<"sflow_drop_threshold %u %u">(buf, 0u, static_cast<unsigned>(fapType));
-  int rc = dma::fabIoctl(buf, kCommandSize);
-  VORN_DMA_TRACE(8, "vornDmaDisableSflowDrops: ", buf);
+  int rc = dma::fabIoctl(buf);
+  VORN_DMA_TRACE(8, "vornDmaDisableSflowDrops: ", buf.text);
   if (rc != 0) VORN_DMA_ERROR("vornDmaDisableSflowDrops", buf, rc);
 }
 

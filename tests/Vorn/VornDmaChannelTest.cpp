@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <string>
 
 #include "Kernel/Kernel.h"
 #include "Ringlog/MemoryFile.h"
@@ -60,6 +61,24 @@ TEST(CommandChannel, RingTraceSkipsTheStatisticsPollWherever_devstats_Stands) {
   fab_ioctl(b, kCommandSize);
   fab_ioctl(c, kCommandSize);
   EXPECT_THAT(ring.messages(), ElementsAre("fab_ioctl buf=devstate fap0 up"));
+}
+
+// A command function's message carries the text its writer measured: the
+// whole command, or as much of it as the buffer held; a name that carries
+// the poll's mark keeps the command out like the poll itself.
+TEST(CommandChannel, RingTraceOfACommandFunctionCarriesItsWholeText) {
+  Emu::FabricDriver driver;
+  Ringlog::ScopedMemoryFile ring;
+  const std::string longName(300, 'e');
+  vornDmaIfPortUpdate("et7", 12);
+  vornDmaIfPortUpdate(longName.c_str(), 12);
+  vornDmaIfPortUpdate("xdevstats y", 12);
+  const std::string cut = ("ifportupdate " + longName).substr(0, kCommandSize - 1);
+  EXPECT_THAT(
+      ring.messages(),
+      ElementsAre("vornDmaIfPortUpdate ifname=et7 sys_port=12", "fab_ioctl buf=ifportupdate et7 12",
+                  "vornDmaIfPortUpdate ifname=" + longName + " sys_port=12", "fab_ioctl buf=" + cut,
+                  "vornDmaIfPortUpdate ifname=xdevstats y sys_port=12"));
 }
 
 TEST(CommandChannel, WithoutDefaultRingFileNothingIsWritten) {

@@ -1,0 +1,57 @@
+#include "Vorn/StatisticsPoll.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+namespace Hardware::Vorn::dma {
+namespace {
+
+bool byFind(std::string_view text) {
+  return text.find("devstats ") != std::string_view::npos;
+}
+
+// Every placement of the mark, of a mark cut short and of a near miss, in
+// texts of every length up to past three blocks, over fillers that put the
+// mark's first letter (and bytes with the top bit set) in every other place.
+TEST(StatisticsPoll, AgreesWithASubstringSearchEverywhere) {
+  const std::string pieces[] = {"devstats ", "devstats", "devstatsx", "ddevstats ", "xevstats "};
+  const std::string fillers[] = {"x", "d", "\xe4", "de"};
+  int found = 0;
+  for (const std::string& filler : fillers) {
+    for (std::size_t length = 0; length <= 30; ++length) {
+      for (const std::string& piece : pieces) {
+        for (std::size_t at = 0; at <= length; ++at) {
+          std::string text;
+          while (text.size() < at) text += filler;
+          text.resize(at);
+          text += piece;
+          while (text.size() < length + piece.size()) text += filler;
+          const bool expected = byFind(text);
+          found += expected;
+          ASSERT_EQ(isStatisticsPoll(text.data(), text.size()), expected)
+              << "text \"" << text << "\"";
+        }
+      }
+    }
+  }
+  EXPECT_GT(found, 0);
+}
+
+// Only the given length is searched: a mark that runs past it is not seen.
+TEST(StatisticsPoll, SearchesOnlyTheGivenLength) {
+  const char text[] = "0123456devstats fap0";
+  EXPECT_TRUE(isStatisticsPoll(text, 16));
+  EXPECT_FALSE(isStatisticsPoll(text, 15));
+  EXPECT_FALSE(isStatisticsPoll(text, 0));
+}
+
+TEST(StatisticsPoll, MarksEachByteEqualToTheLetterAndNoOther) {
+  EXPECT_EQ(bytesEqual(0x0064'0000'6400'e464ull, 'd'), 0x0080'0000'8000'0080ull);
+  EXPECT_EQ(bytesEqual(0xe4e4'e4e4'e4e4'e4e4ull, 'd'), 0u);
+  EXPECT_EQ(bytesEqual(0x6464'6464'6464'6464ull, 'd'), 0x8080'8080'8080'8080ull);
+}
+
+}  // namespace
+}  // namespace Hardware::Vorn::dma
