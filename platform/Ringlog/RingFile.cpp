@@ -16,7 +16,7 @@
 
 namespace Ringlog {
 
-thread_local std::uint64_t tBlockStart [[gnu::tls_model("initial-exec")]] = 0;
+constinit thread_local std::uint64_t tBlockStart [[gnu::tls_model("initial-exec")]] = 0;
 
 using format::Header;
 using format::Slot;

@@ -20,9 +20,10 @@
 namespace Ringlog {
 
 // The opening time of the block this thread opened last in a ring file,
-// while no message has followed it; 0 otherwise. Initial-exec: reading it is
-// a load relative to the thread pointer, not a call.
-extern thread_local std::uint64_t tBlockStart [[gnu::tls_model("initial-exec")]];
+// while no message has followed it; 0 otherwise. Initial-exec and constant
+// initialised: reading it is a load relative to the thread pointer, with no
+// call and no test for an initialiser first.
+extern thread_local constinit std::uint64_t tBlockStart [[gnu::tls_model("initial-exec")]];
 
 // Encodes arguments into a record's payload, as far as they fit: a number
 // takes its type byte and 8 bytes; a string its type byte, a 16-bit length
