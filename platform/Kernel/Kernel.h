@@ -47,25 +47,34 @@ int linuxIoctl(int fd, unsigned long request, void* arg);
 const char* linuxGetenv(const char* name);
 
 // The value of `name` (not empty) in `env`, a null-terminated array of
-// "NAME=value" texts, or null. Reads no byte past any text's end. An entry
-// whose first character differs costs two loads, a compare and one branch:
-// the end of the array reads the name's own first character instead of an
-// entry's, so it takes the same branch as a candidate and is told apart
-// there. The command path scans the environment before every command.
+// "NAME=value" texts, or null. Reads no byte past any text's end.
+//
+// The command path scans the environment before every command, just after
+// the system call of the one before, when the branch predictors have
+// forgotten this loop; so an entry costs one branch that is almost never
+// taken. Its first two characters are compared at once (the second is read
+// only where the first is not the end), which passes over the entries that
+// merely share the name's first letter, and the array's end reads a stand-in
+// that takes the same branch and is told apart there.
 [[gnu::always_inline]] inline const char* findInEnvironment(char* const* env,
                                                             const char* name) noexcept {
-  const char first = name[0];
+  // A one-letter name is followed by '=' in its entry.
+  const char head[2] = {name[0], name[1] ? name[1] : '='};
+  const auto key = static_cast<unsigned>(static_cast<unsigned char>(head[0]) |
+                                         static_cast<unsigned char>(head[1]) << 8);
   for (;; ++env) {
     const char* entry = *env;
     const char* probe = entry;
 #if defined(__x86_64__) || defined(__i386__)
     // A conditional move: left to itself the compiler splits the end test
     // back into a branch of its own.
-    asm("test %1, %1\n\tcmovz %2, %0" : "+r"(probe) : "r"(entry), "r"(name) : "cc");
+    asm("test %1, %1\n\tcmovz %2, %0" : "+r"(probe) : "r"(entry), "r"(head) : "cc");
 #else
-    if (!probe) probe = name;
+    if (!probe) probe = head;
 #endif
-    if (*probe != first) [[likely]]
+    const auto c0 = static_cast<unsigned char>(probe[0]);
+    const auto c1 = static_cast<unsigned char>(probe[c0 != 0]);
+    if ((c0 | static_cast<unsigned>(c1) << 8) != key) [[likely]]
       continue;
     if (!entry) return nullptr;
     const char* n = name + 1;

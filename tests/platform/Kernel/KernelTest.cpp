@@ -7,8 +7,10 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Kernel/Kernel.h"
 
@@ -120,6 +122,35 @@ TEST(KernelSeam, GetenvReadsTheEnvironmentAsItIsNow) {
   Kernel::ScopedOps scoped(&ownGetenv);
   EXPECT_STREQ(Kernel::getenv("SIMULATION_VMID"), "7");
   EXPECT_EQ(Kernel::getenv("PATH"), nullptr);
+}
+
+// The scan against the plain definition, on an environment of awkward
+// entries: empty, one character, a first letter or two shared with the
+// name, a name without its '=', and one-letter names.
+TEST(KernelSeam, EnvironmentScanFindsTheFirstEntryOfTheName) {
+  std::vector<std::string> texts = {
+      "",    "S",    "S=1", "SI", "SIM=2", "SHELL=/sh", "SIMULATION_VMIDX=3", "SIMULATION_VMID=",
+      "A=4", "AB=5", "A=6", "x"};
+  std::vector<char*> env;
+  for (std::string& t : texts) env.push_back(t.data());
+  env.push_back(nullptr);
+  auto plain = [&](const std::string& name) -> const char* {
+    for (char* const* e = env.data(); *e; ++e)
+      if (std::strncmp(*e, name.c_str(), name.size()) == 0 && (*e)[name.size()] == '=')
+        return *e + name.size() + 1;
+    return nullptr;
+  };
+  int found = 0;
+  for (const std::string name : {"S", "SI", "SIM", "SIMULATION_VMID", "SIMULATION_VMI", "SHELL",
+                                 "A", "AB", "ABC", "x", "X", "SS"}) {
+    const char* expected = plain(name);
+    found += expected != nullptr;
+    EXPECT_EQ(Kernel::detail::findInEnvironment(env.data(), name.c_str()), expected) << name;
+  }
+  EXPECT_EQ(found, 6);
+  EXPECT_STREQ(Kernel::detail::findInEnvironment(env.data(), "A"), "4");
+  char* none[] = {nullptr};
+  EXPECT_EQ(Kernel::detail::findInEnvironment(none, "S"), nullptr);
 }
 
 }  // namespace
