@@ -47,41 +47,21 @@ int linuxIoctl(int fd, unsigned long request, void* arg);
 const char* linuxGetenv(const char* name);
 
 // The value of `name` (not empty) in `env`, a null-terminated array of
-// "NAME=value" texts, or null. Reads no byte past any text's end.
-//
-// The command path scans the environment before every command, just after
-// the system call of the one before, when the branch predictors have
-// forgotten this loop; so an entry costs one branch that is almost never
-// taken. Its first two characters are compared at once (the second is read
-// only where the first is not the end), which passes over the entries that
-// merely share the name's first letter, and the array's end reads a stand-in
-// that takes the same branch and is told apart there.
+// "NAME=value" texts, or null. Reads no byte past any text's end. An entry
+// whose first character differs costs two loads, a compare and a branch: the
+// command path scans the environment before every command.
 [[gnu::always_inline]] inline const char* findInEnvironment(char* const* env,
                                                             const char* name) noexcept {
-  // A one-letter name is followed by '=' in its entry.
-  const char head[2] = {name[0], name[1] ? name[1] : '='};
-  const auto key = static_cast<unsigned>(static_cast<unsigned char>(head[0]) |
-                                         static_cast<unsigned char>(head[1]) << 8);
-  for (;; ++env) {
+  const char first = name[0];
+  for (; *env; ++env) {
     const char* entry = *env;
-    const char* probe = entry;
-#if defined(__x86_64__) || defined(__i386__)
-    // A conditional move: left to itself the compiler splits the end test
-    // back into a branch of its own.
-    asm("test %1, %1\n\tcmovz %2, %0" : "+r"(probe) : "r"(entry), "r"(head) : "cc");
-#else
-    if (!probe) probe = head;
-#endif
-    const auto c0 = static_cast<unsigned char>(probe[0]);
-    const auto c1 = static_cast<unsigned char>(probe[c0 != 0]);
-    if ((c0 | static_cast<unsigned>(c1) << 8) != key) [[likely]]
-      continue;
-    if (!entry) return nullptr;
+    if (entry[0] != first) continue;
     const char* n = name + 1;
     const char* v = entry + 1;
     while (*n && *v == *n) ++n, ++v;
     if (!*n && *v == '=') return v + 1;
   }
+  return nullptr;
 }
 
 // ioctl's outcome as an error number: 0 when the request succeeded, else the
