@@ -162,6 +162,24 @@ std::size_t firstFlagged(std::uint64_t flags) noexcept {
   return static_cast<std::size_t>(std::countr_zero(flags)) / 8;
 }
 
+// A flag (the 0x80 bit) in each byte of `w` that is a blank; the lowest flag
+// is exact, later ones may not be.
+std::uint64_t blankFlags(std::uint64_t w) noexcept {
+  const std::uint64_t x = w ^ (kOnes * ' ');
+  return (x - kOnes) & ~x & (kOnes * 0x80);
+}
+
+// The end of the token that starts at `from`: the next blank, or the end.
+std::size_t tokenEnd(std::string_view s, std::size_t from) noexcept {
+  if constexpr (kWordScans) {
+    for (; s.size() - from >= 8; from += 8)
+      if (const std::uint64_t blanks = blankFlags(wordAt(s, from)); blanks != 0)
+        return from + firstFlagged(blanks);
+  }
+  while (from < s.size() && s[from] != ' ') ++from;
+  return from;
+}
+
 // Where the next "et" at or after `from` starts, or npos.
 std::size_t findEt(std::string_view s, std::size_t from) noexcept {
   for (; from + 1 < s.size(); ++from)
@@ -169,17 +187,8 @@ std::size_t findEt(std::string_view s, std::size_t from) noexcept {
   return std::string_view::npos;
 }
 
-// std::popcount without the instruction, which the target need not have
-// (and a call to the compiler's helper would cost more).
-std::size_t bitCount(std::uint64_t x) noexcept {
-  x -= (x >> 1) & 0x5555555555555555u;
-  x = (x & 0x3333333333333333u) + ((x >> 2) & 0x3333333333333333u);
-  x = (x + (x >> 4)) & 0x0F0F0F0F0F0F0F0Fu;
-  return static_cast<std::size_t>((x * kOnes) >> 56);
-}
-
-// The longest name whose order two 64-bit numbers hold.
-constexpr std::size_t kKeyedNameMax = 15;
+// The longest name whose order (and bytes) two 64-bit numbers hold.
+constexpr std::size_t kKeyedNameMax = Mox::String::kShortMax;
 
 // The order of the `len` (at most 15) bytes at `p` as two numbers that
 // compare as the texts do: the bytes zero-padded to 15 and read big-endian,
@@ -219,6 +228,45 @@ void orderKey(const char* p, std::size_t len, std::uint64_t& key0, std::uint64_t
   // The sixteenth byte is always zero: the length takes its place.
   key0 = __builtin_bswap64(lo);
   key1 = __builtin_bswap64(hi) | len;
+}
+
+// A member the driver's way, whose name starts at `at`: a name of up to 15
+// characters ended by a blank, then an id of one to four plain digits ended
+// by a blank or the end of the line, with the sixteen characters from `at`
+// inside the line. Then the exact walk finds the same name and id: fills
+// `id`, `length` and the key of `member` and returns where the id ends.
+// Otherwise returns npos, and the exact walk reads the member. The name's
+// end and its key come from the same two words.
+std::size_t usualMember(std::string_view s, std::size_t at, std::uint16_t& id, std::size_t& length,
+                        std::uint64_t& key0, std::uint64_t& key1) noexcept {
+  if constexpr (!kWordScans) return std::string_view::npos;
+  if (s.size() - at < 16) return std::string_view::npos;
+  std::uint64_t lo = wordAt(s, at);
+  std::uint64_t hi = wordAt(s, at + 8);
+  std::size_t len;
+  if (const std::uint64_t blanks = blankFlags(lo); blanks != 0) {
+    len = firstFlagged(blanks);
+    // The bytes past the name are zero in the key; the second word is.
+    lo &= len == 0 ? 0 : ~std::uint64_t{0} >> (64 - 8 * len);
+    hi = 0;
+  } else if (const std::uint64_t blanks = blankFlags(hi); blanks != 0) {
+    len = 8 + firstFlagged(blanks);
+    hi &= len == 8 ? 0 : ~std::uint64_t{0} >> (64 - 8 * (len - 8));
+  } else {
+    return std::string_view::npos;
+  }
+  const std::size_t idStart = at + len + 1;
+  std::size_t pos = idStart;
+  unsigned value = 0;
+  for (; pos != s.size() && pos - idStart != 5 && isDigit(s[pos]); ++pos)
+    value = value * 10 + static_cast<unsigned>(s[pos] - '0');
+  if (pos == idStart || pos - idStart == 5 || (pos != s.size() && s[pos] != ' '))
+    return std::string_view::npos;
+  id = static_cast<std::uint16_t>(value);
+  length = len;
+  key0 = __builtin_bswap64(lo);
+  key1 = __builtin_bswap64(hi) | len;
+  return pos;
 }
 
 // Whether `s` holds the literal `text` at `pos`. The length is a constant, so
@@ -277,20 +325,59 @@ bool plainDigits(std::string_view s, std::size_t& pos, int& out) noexcept {
 // answer is three fields with these values; false on anything else, which the
 // scanner then reads. What follows the number is not read, as by sscanf;
 // `end` is where it starts.
-bool scanPlainConfigLine(std::string_view s, std::string_view& intfName, int& sysPort, int& number,
-                         std::size_t& end) noexcept {
-  // The name: up to the blank, at most 63 characters, none of them white
-  // space (nor another character at or below ' ', which the scanner reads).
-  const std::size_t nameEnd = lowFrom(s, 0, std::min(s.size(), kConfigNameMax));
+// The part of such a line after a name of `nameEnd` characters: false, with
+// nothing changed, when it is not there.
+bool plainConfigTail(std::string_view s, std::size_t nameEnd, int& sysPort, int& number,
+                     std::size_t& end) noexcept {
   if (nameEnd == 0 || !literalAt(s, nameEnd, " sys_port ")) return false;
   std::size_t pos = nameEnd + sizeof " sys_port " - 1;
   int port = 0;
   if (!plainDigits(s, pos, port) || !literalAt(s, pos, ": po")) return false;
   pos += sizeof ": po" - 1;
   if (!plainDigits(s, pos, number)) return false;
-  intfName = s.substr(0, nameEnd);
   sysPort = port;
   end = pos;
+  return true;
+}
+
+bool scanPlainConfigLine(std::string_view s, std::string_view& intfName, int& sysPort, int& number,
+                         std::size_t& end) noexcept {
+  // The name: up to the blank, at most 63 characters, none of them white
+  // space (nor another character at or below ' ', which the scanner reads).
+  const std::size_t nameEnd = lowFrom(s, 0, std::min(s.size(), kConfigNameMax));
+  if (!plainConfigTail(s, nameEnd, sysPort, number, end)) return false;
+  intfName = s.substr(0, nameEnd);
+  return true;
+}
+
+// A config line the driver's way whose name has at most 15 characters, with
+// sixteen characters of `s` from its start: the name's bytes as two numbers
+// (as String::fromBytes takes them) and its length. What follows is as for
+// scanPlainConfigLine. False, with nothing changed, on anything else.
+bool scanShortConfigLine(std::string_view s, std::uint64_t& first, std::uint64_t& rest,
+                         std::size_t& nameLength, int& number, std::size_t& end) noexcept {
+  if constexpr (!kWordScans) return false;
+  if (s.size() < 16) return false;
+  std::uint64_t lo = wordAt(s, 0);
+  std::uint64_t hi = wordAt(s, 8);
+  // The name ends at the first character at or below ' ' (the lowest flag
+  // is exact); its bytes are kept, the rest cleared.
+  std::size_t len;
+  if (const std::uint64_t low = (lo - kOnes * '!') & ~lo & (kOnes * 0x80); low != 0) {
+    len = firstFlagged(low);
+    lo &= len == 0 ? 0 : ~std::uint64_t{0} >> (64 - 8 * len);
+    hi = 0;
+  } else if (const std::uint64_t low = (hi - kOnes * '!') & ~hi & (kOnes * 0x80); low != 0) {
+    len = 8 + firstFlagged(low);
+    hi &= len == 8 ? 0 : ~std::uint64_t{0} >> (64 - 8 * (len - 8));
+  } else {
+    return false;
+  }
+  int sysPort = 0;
+  if (!plainConfigTail(s, len, sysPort, number, end)) return false;
+  first = lo;
+  rest = hi;
+  nameLength = len;
   return true;
 }
 
@@ -384,14 +471,9 @@ LineOutcome LagListingParser::lagLine(std::string_view text, int number, bool ha
   // Members: every "et" starts a member name that runs to the next blank; the
   // token after the one blank is its id. The search is plain substring search
   // from the start of the line, and what lies between hits is skipped unread.
-  // The blanks are found first, all at once: then where one member's tokens
-  // end does not wait for the previous member's.
-  const std::size_t blanks = findBlanks(text);
-  const std::size_t* blankAt = blankAt_.data();
   members_.clear();
   bool keyed = true;  // all names short enough for a key
   std::size_t pos = 0;
-  std::size_t next = 0;  // the first blank not before `pos`
   while (true) {
     std::size_t at;
     // The search goes on at the blank that ends an id; in the driver's lines
@@ -400,22 +482,24 @@ LineOutcome LagListingParser::lagLine(std::string_view text, int number, bool ha
       at = pos + 1;
     else if ((at = findEt(text, pos)) == std::string_view::npos)
       break;
-    while (next != blanks && blankAt[next] < at) ++next;
-    const std::size_t nameEnd = next != blanks ? blankAt[next] : text.size();
-    const std::size_t idStart = nameEnd < text.size() ? nameEnd + 1 : nameEnd;
-    while (next != blanks && blankAt[next] < idStart) ++next;
-    const std::size_t idEnd = next != blanks ? blankAt[next] : text.size();
-    // The check is on the low 16 bits: 65792 reads as 256.
-    const U16 memberId = static_cast<U16>(readLong(text.substr(idStart, idEnd - idStart)));
-    if (memberId > LagMemberId::null()) return {LineKind::kRangeError, LagMemberId::kRangeText};
     MemberText& member = members_.emplace_back();
     member.at = at;
-    member.length = nameEnd - at;
+    std::uint16_t memberId = 0;
+    std::size_t idEnd = usualMember(text, at, memberId, member.length, member.key0, member.key1);
+    if (idEnd == std::string_view::npos) {
+      const std::size_t nameEnd = tokenEnd(text, at);
+      const std::size_t idStart = nameEnd < text.size() ? nameEnd + 1 : nameEnd;
+      idEnd = tokenEnd(text, idStart);
+      // The check is on the low 16 bits: 65792 reads as 256.
+      memberId = static_cast<U16>(readLong(text.substr(idStart, idEnd - idStart)));
+      member.length = nameEnd - at;
+      if (member.length <= kKeyedNameMax)
+        orderKey(text.data() + at, member.length, member.key0, member.key1);
+      else
+        keyed = false;
+    }
+    if (memberId > LagMemberId::null()) return {LineKind::kRangeError, LagMemberId::kRangeText};
     member.id = memberId;
-    if (member.length <= kKeyedNameMax)
-      orderKey(text.data() + at, member.length, member.key0, member.key1);
-    else
-      keyed = false;
     pos = idEnd;
   }
   LagDevice::LagMemberDeviceMap members = memberMap(text, keyed);
@@ -487,52 +571,13 @@ LagDevice::LagMemberDeviceMap LagListingParser::memberMap(std::string_view text,
   members.reserve(n);
   for (std::size_t k = 0; k < n; ++k) {
     if (k + 1 < n && !less(order[k], order[k + 1])) continue;
-    // Key and name each built from the line's bytes: a copy of one would
-    // read back what was just written.
+    // The name's bytes are in its key.
     const MemberText& m = members_[order[k]];
-    const std::string_view name = text.substr(m.at, m.length);
+    const Mox::String::Bytes name{__builtin_bswap64(m.key0),
+                                  __builtin_bswap64(m.key1 & ~std::uint64_t{0xFF}), m.length};
     members.emplace_back(name, Mox::String(name), LagMemberId(m.id), false);
   }
   return members;
-}
-
-std::size_t LagListingParser::findBlanks(std::string_view text) {
-  // Room for a position per character, and for the eight written past the
-  // last one found.
-  if (blankAt_.size() < text.size() + 8) blankAt_.resize(text.size() + 8);
-  std::size_t* out = blankAt_.data();
-  std::size_t count = 0;
-  std::size_t i = 0;
-  // The blanks of 64 characters as bits, then their positions eight at a
-  // time, written whether there are that many or not: a loop per blank would
-  // end at a different turn on every line.
-  auto positions = [&](std::uint64_t bits, std::size_t base) {
-    const std::size_t found = bitCount(bits);
-    for (std::size_t written = 0; written < found; written += 8) {
-      for (int k = 0; k < 8; ++k) {
-        out[count + written + k] = base + static_cast<std::size_t>(std::countr_zero(bits));
-        bits &= bits - 1;
-      }
-    }
-    count += found;
-  };
-#ifdef __SSE2__
-  const __m128i blank = _mm_set1_epi8(' ');
-  auto flags16 = [&](std::size_t at) -> std::uint64_t {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + at));
-    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, blank)));
-  };
-  for (; text.size() - i >= 64; i += 64)
-    positions(flags16(i) | flags16(i + 16) << 16 | flags16(i + 32) << 32 | flags16(i + 48) << 48,
-              i);
-  for (; text.size() - i >= 16; i += 16) positions(flags16(i), i);
-#endif
-  std::uint64_t bits = 0;
-  const std::size_t base = i;
-  for (; i < text.size(); ++i)
-    if (text[i] == ' ') bits |= std::uint64_t{1} << (i - base);
-  positions(bits, base);
-  return count;
 }
 
 LineOutcome LagListingParser::configLine(std::string_view text) {
@@ -544,18 +589,55 @@ LineOutcome LagListingParser::configLine(std::string_view text) {
   return addConfig(intfName, number);
 }
 
-LineOutcome LagListingParser::addConfig(std::string_view intfName, int number) {
+bool LagListingParser::toConfigLag(int number) {
   // A config line adds to its LAG in place: the same table as copying the
   // entry, adding to the copy and storing it back, without copying all the
   // LAG's config members per line. The config lines of one LAG come
   // together, so the LAG of the previous line is kept at hand.
-  if (configLag_ == nullptr || number != configLagNumber_) {
-    configLag_ = storedLag(number);
-    configLagNumber_ = number;
-    if (configLag_ == nullptr) return {LineKind::kAssertionFailed, "!!lagDevice"};
+  if (configLag_ != nullptr && number == configLagNumber_) return true;
+  configLag_ = storedLag(number);
+  configLagNumber_ = number;
+  // With no config member yet, any name is past the last one.
+  lastConfigKnown_ = configLag_ != nullptr && configLag_->lagMemberConfigs().empty();
+  lastConfigKey0_ = lastConfigKey1_ = 0;
+  return configLag_ != nullptr;
+}
+
+LineOutcome LagListingParser::addConfig(std::string_view intfName, int number) {
+  if (intfName.size() <= kKeyedNameMax) {
+    // Through the same way as the usual lines, which keeps the order known.
+    std::uint64_t key0, key1;
+    orderKey(intfName.data(), intfName.size(), key0, key1);
+    if (!addShortConfig(__builtin_bswap64(key0), __builtin_bswap64(key1 & ~std::uint64_t{0xFF}),
+                        intfName.size(), number))
+      return {LineKind::kAssertionFailed, "!!lagDevice"};
+    return {LineKind::kConfig};
   }
+  if (!toConfigLag(number)) return {LineKind::kAssertionFailed, "!!lagDevice"};
   configLag_->lagMemberConfigIs(Mox::String(intfName.data(), intfName.size()), true);
+  lastConfigKnown_ = false;
   return {LineKind::kConfig};
+}
+
+bool LagListingParser::addShortConfig(std::uint64_t first, std::uint64_t rest, std::size_t length,
+                                      int number) {
+  if (!toConfigLag(number)) return false;
+  const Mox::String::Bytes name{first, rest, length};
+  // The order of the name, against the last config member's when it is
+  // known: the driver lists them in order, so the new one goes at the end
+  // without a comparison of the stored names.
+  const std::uint64_t key0 = __builtin_bswap64(first);
+  const std::uint64_t key1 = __builtin_bswap64(rest) | length;
+  if (lastConfigKnown_ &&
+      (key0 > lastConfigKey0_ || (key0 == lastConfigKey0_ && key1 > lastConfigKey1_))) {
+    configLag_->lagMemberConfigAppend(name, true);
+    lastConfigKey0_ = key0;
+    lastConfigKey1_ = key1;
+    return true;
+  }
+  configLag_->lagMemberConfigIs(Mox::String(name), true);
+  lastConfigKnown_ = false;
+  return true;
 }
 
 LagDevice* LagListingParser::storedLag(int number) {
@@ -571,6 +653,16 @@ std::size_t LagListingParser::usualConfigLine(std::string_view chunk) {
   int sysPort = 0;
   int number = 0;
   std::size_t end = 0;
+  // The usual name, of up to 15 characters: taken as two numbers, which give
+  // both the stored name and its order.
+  std::uint64_t first = 0, rest = 0;
+  std::size_t nameLength = 0;
+  if (scanShortConfigLine(chunk, first, rest, nameLength, number, end) && end != chunk.size() &&
+      chunk[end] == '\n') {
+    if (!addShortConfig(first, rest, nameLength, number))
+      failure_ = {LineKind::kAssertionFailed, "!!lagDevice"};
+    return end + 1;
+  }
   // Nothing before `end` is a newline (the name stops at white space, the
   // rest is text and digits): when one follows, the line is [0, end), not
   // empty, no header (it has a blank) and no LAG line.

@@ -86,8 +86,14 @@ class LagListingParser {
   LineOutcome dataLine(std::string_view text);
   LineOutcome lagLine(std::string_view text, int number, bool hasLagId, int lagId);
   LineOutcome configLine(std::string_view text);
+  // Makes the stored LAG po<number> the one config lines add to; false when
+  // there is none.
+  bool toConfigLag(int number);
   // Adds config member `intfName` to the stored LAG po<number>.
   LineOutcome addConfig(std::string_view intfName, int number);
+  // The same for a name of up to 15 characters given as String::fromBytes
+  // takes it; false when there is no such LAG.
+  bool addShortConfig(std::uint64_t first, std::uint64_t rest, std::size_t length, int number);
   // Reads a config line the driver's way ("<name> sys_port <S>: po<N>" and
   // its newline) from the start of `chunk` inside a section, without finding
   // the line's end first. Returns the characters used, newline included; 0
@@ -96,9 +102,6 @@ class LagListingParser {
   std::size_t usualConfigLine(std::string_view chunk);
   // The stored LAG po<number>, or null.
   LagDevice* storedLag(int number);
-  // Puts the positions of the blanks of `text` in `blankAt_`, in order;
-  // returns how many there are.
-  std::size_t findBlanks(std::string_view text);
   // The members of the LAG line gathered in `members_`, as the collection.
   LagDevice::LagMemberDeviceMap memberMap(std::string_view text, bool keyed);
 
@@ -107,6 +110,12 @@ class LagListingParser {
   // line, which may replace it.
   LagDevice* configLag_ = nullptr;
   int configLagNumber_ = 0;
+  // The order key (as of a member name) of the last config member of that
+  // LAG, when it is known; then a name past it is added at the end without
+  // a search.
+  bool lastConfigKnown_ = false;
+  std::uint64_t lastConfigKey0_ = 0;
+  std::uint64_t lastConfigKey1_ = 0;
   bool inSection_ = false;
   LineOutcome failure_;
   std::string partial_;  // the start of a line split across pieces
@@ -130,12 +139,10 @@ class LagListingParser {
   // The scratch of LAG lines, kept from line to line so that reading one
   // allocates nothing but the collection: the members in listing order,
   // their positions there in name order (and room to merge them), where the
-  // ascending runs end, the positions of the line's blanks, and the entries
-  // of names too long for a key.
+  // ascending runs end, and the entries of names too long for a key.
   std::vector<MemberText> members_;
   std::vector<std::uint32_t> order_;
   std::vector<std::uint32_t> runEnds_;
-  std::vector<std::size_t> blankAt_;
   std::vector<std::pair<Mox::String, LagMemberDevice>> longMembers_;
 };
 
