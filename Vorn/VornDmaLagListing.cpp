@@ -327,8 +327,9 @@ bool plainDigits(std::string_view s, std::size_t& pos, int& out) noexcept {
 // `end` is where it starts.
 // The part of such a line after a name of `nameEnd` characters: false, with
 // nothing changed, when it is not there.
-bool plainConfigTail(std::string_view s, std::size_t nameEnd, int& sysPort, int& number,
-                     std::size_t& end) noexcept {
+[[gnu::always_inline]] inline bool plainConfigTail(std::string_view s, std::size_t nameEnd,
+                                                   int& sysPort, int& number,
+                                                   std::size_t& end) noexcept {
   if (nameEnd == 0 || !literalAt(s, nameEnd, " sys_port ")) return false;
   std::size_t pos = nameEnd + sizeof " sys_port " - 1;
   int port = 0;
@@ -589,12 +590,7 @@ LineOutcome LagListingParser::configLine(std::string_view text) {
   return addConfig(intfName, number);
 }
 
-bool LagListingParser::toConfigLag(int number) {
-  // A config line adds to its LAG in place: the same table as copying the
-  // entry, adding to the copy and storing it back, without copying all the
-  // LAG's config members per line. The config lines of one LAG come
-  // together, so the LAG of the previous line is kept at hand.
-  if (configLag_ != nullptr && number == configLagNumber_) return true;
+bool LagListingParser::switchConfigLag(int number) {
   configLag_ = storedLag(number);
   configLagNumber_ = number;
   // With no config member yet, any name is past the last one.

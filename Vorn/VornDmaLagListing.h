@@ -87,8 +87,14 @@ class LagListingParser {
   LineOutcome lagLine(std::string_view text, int number, bool hasLagId, int lagId);
   LineOutcome configLine(std::string_view text);
   // Makes the stored LAG po<number> the one config lines add to; false when
-  // there is none.
-  bool toConfigLag(int number);
+  // there is none. A config line adds to its LAG in place: the same table as
+  // copying the entry, adding to the copy and storing it back, without
+  // copying all the LAG's config members per line. The config lines of one
+  // LAG come together, so the LAG of the previous line is kept at hand.
+  bool toConfigLag(int number) {
+    return (configLag_ != nullptr && number == configLagNumber_) || switchConfigLag(number);
+  }
+  bool switchConfigLag(int number);
   // Adds config member `intfName` to the stored LAG po<number>.
   LineOutcome addConfig(std::string_view intfName, int number);
   // The same for a name of up to 15 characters given as String::fromBytes
