@@ -353,7 +353,7 @@ bool scanPlainConfigLine(std::string_view s, std::string_view& intfName, int& sy
 
 // A config line the driver's way whose name has at most 15 characters, with
 // sixteen characters of `s` from its start: the name's bytes as two numbers
-// (as String::fromBytes takes them) and its length. What follows is as for
+// (as Mox::String::Bytes holds them) and its length. What follows is as for
 // scanPlainConfigLine. False, with nothing changed, on anything else.
 bool scanShortConfigLine(std::string_view s, std::uint64_t& first, std::uint64_t& rest,
                          std::size_t& nameLength, int& number, std::size_t& end) noexcept {

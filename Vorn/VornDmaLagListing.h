@@ -97,8 +97,8 @@ class LagListingParser {
   bool switchConfigLag(int number);
   // Adds config member `intfName` to the stored LAG po<number>.
   LineOutcome addConfig(std::string_view intfName, int number);
-  // The same for a name of up to 15 characters given as String::fromBytes
-  // takes it; false when there is no such LAG.
+  // The same for a name of up to 15 characters given as Mox::String::Bytes
+  // holds it; false when there is no such LAG.
   bool addShortConfig(std::uint64_t first, std::uint64_t rest, std::size_t length, int number);
   // Reads a config line the driver's way ("<name> sys_port <S>: po<N>" and
   // its newline) from the start of `chunk` inside a section, without finding
