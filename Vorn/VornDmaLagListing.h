@@ -21,6 +21,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -85,14 +86,42 @@ class LagListingParser {
   LineOutcome dataLine(std::string_view text);
   LineOutcome lagLine(std::string_view text, int number, bool hasLagId, int lagId);
   LineOutcome configLine(std::string_view text);
+  // Makes the stored LAG po<number> the one config lines add to; false when
+  // there is none. A config line adds to its LAG in place: the same table as
+  // copying the entry, adding to the copy and storing it back, without
+  // copying all the LAG's config members per line. The config lines of one
+  // LAG come together, so the LAG of the previous line is kept at hand.
+  bool toConfigLag(int number) {
+    return (configLag_ != nullptr && number == configLagNumber_) || switchConfigLag(number);
+  }
+  bool switchConfigLag(int number);
+  // Adds config member `intfName` to the stored LAG po<number>.
+  LineOutcome addConfig(std::string_view intfName, int number);
+  // The same for a name of up to 15 characters given as Mox::String::Bytes
+  // holds it; false when there is no such LAG.
+  bool addShortConfig(std::uint64_t first, std::uint64_t rest, std::size_t length, int number);
+  // Reads a config line the driver's way ("<name> sys_port <S>: po<N>" and
+  // its newline) from the start of `chunk` inside a section, without finding
+  // the line's end first. Returns the characters used, newline included; 0
+  // when the start of `chunk` is not such a line, which the exact reading
+  // then reads.
+  std::size_t usualConfigLine(std::string_view chunk);
   // The stored LAG po<number>, or null.
   LagDevice* storedLag(int number);
+  // The members of the LAG line gathered in `members_`, as the collection.
+  LagDevice::LagMemberDeviceMap memberMap(std::string_view text, bool keyed);
 
   VornDmaLags& table_;
   // The LAG the last config line added to, and its number; null after a LAG
   // line, which may replace it.
   LagDevice* configLag_ = nullptr;
   int configLagNumber_ = 0;
+  // The order key (as of a member name) of the last config member of that
+  // LAG, when it is known; then a name past it is added at the end without
+  // a search.
+  bool lastConfigKnown_ = false;
+  std::uint64_t lastConfigKey0_ = 0;
+  std::uint64_t lastConfigKey1_ = 0;
   bool inSection_ = false;
   LineOutcome failure_;
   std::string partial_;  // the start of a line split across pieces
@@ -103,9 +132,24 @@ class LagListingParser {
   // the pointer to that entry would dangle.
   std::vector<std::pair<int, LagDevice*>> stored_;
   std::size_t nextStored_ = 0;
-  // The members of the LAG line being read, in listing order; kept from line
-  // to line so that gathering them allocates nothing.
-  std::vector<std::pair<Mox::String, LagMemberDevice>> members_;
+  // A member of the LAG line being read: where its name is in the line, its
+  // id, and for a name of up to 15 characters its order as two numbers (the
+  // name's bytes zero-padded, big-endian, then its length).
+  struct MemberText {
+    std::uint64_t key0 = 0;
+    std::uint64_t key1 = 0;
+    std::size_t at = 0;
+    std::size_t length = 0;
+    U16 id = 0;
+  };
+  // The scratch of LAG lines, kept from line to line so that reading one
+  // allocates nothing but the collection: the members in listing order,
+  // their positions there in name order (and room to merge them), where the
+  // ascending runs end, and the entries of names too long for a key.
+  std::vector<MemberText> members_;
+  std::vector<std::uint32_t> order_;
+  std::vector<std::uint32_t> runEnds_;
+  std::vector<std::pair<Mox::String, LagMemberDevice>> longMembers_;
 };
 
 }  // namespace Hardware::Vorn::dma

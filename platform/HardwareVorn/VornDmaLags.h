@@ -96,6 +96,16 @@ class LagDevice {
     if (config_.empty()) config_.reserve(kUsualMembers);
     config_.insert_or_assign(std::move(intfName), value);
   }
+  // Adds config member `intfName` whose name is past every config member's
+  // there is, without comparing it: for a builder that has put them in order
+  // itself (checked in debug builds only), such as the reader of the listing.
+  // The name is built in place from `intfName` (a Mox::String, or what one
+  // is built from).
+  template <typename Name>
+  void lagMemberConfigAppend(Name&& intfName, bool value) {
+    if (config_.empty()) config_.reserve(kUsualMembers);
+    config_.emplace_back(std::forward<Name>(intfName), value);
+  }
   void lagMemberConfigDel(const Mox::String& intfName);
 
   // The two trailing fields belong to the LAG agent: the system aggregate port

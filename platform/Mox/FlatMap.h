@@ -14,10 +14,12 @@
 #pragma once
 
 #include <algorithm>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <memory>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -60,6 +62,18 @@ class FlatMap {
       return it->second;
     }
     return entries_.emplace(it, std::move(key), std::move(value))->second;
+  }
+  // Appends an entry whose key is past every key there is, building the key
+  // from `key` and the value from `args` in place; no key is compared. For a
+  // builder that has put its entries in order itself: a key out of order
+  // breaks the map (checked in debug builds only). Returns the stored value.
+  template <typename KeyArg, typename... Args>
+  V& emplace_back(KeyArg&& key, Args&&... args) {
+    value_type& entry = entries_.emplace_back(std::piecewise_construct,
+                                              std::forward_as_tuple(std::forward<KeyArg>(key)),
+                                              std::forward_as_tuple(std::forward<Args>(args)...));
+    assert(entries_.size() < 2 || entries_[entries_.size() - 2].first < entry.first);
+    return entry.second;
   }
   // Removes the entry of `key`; false when there was none.
   bool erase(const K& key) {

@@ -48,6 +48,29 @@ class String {
   explicit String(std::string_view text) : String(text.data(), text.size()) {}
   explicit String(const std::string& text) : String(text.data(), text.size()) {}
 
+  // A text of up to kShortMax bytes given as numbers: byte i is bits 8i to
+  // 8i + 7 of `first` for i below 8, of `rest` for the others; the bits past
+  // the text are zero. For a caller that has the bytes in registers already:
+  // building the String reads nothing and allocates nothing.
+  static constexpr std::size_t kShortMax = 15;
+  struct Bytes {
+    std::uint64_t first = 0;
+    std::uint64_t rest = 0;
+    std::size_t length = 0;
+  };
+  explicit String(const Bytes& text) noexcept {
+    if constexpr (std::endian::native == std::endian::little) {
+      setWords(text.first,
+               text.rest | tagWord(static_cast<unsigned char>(kInlineMax - text.length)));
+    } else {
+      std::memset(buf_, 0, kSize);
+      for (std::size_t i = 0; i < text.length; ++i)
+        buf_[i] =
+            static_cast<char>((i < 8 ? text.first >> (8 * i) : text.rest >> (8 * (i - 8))) & 0xFF);
+      buf_[kTag] = static_cast<char>(kInlineMax - text.length);
+    }
+  }
+
   String(const String& other) noexcept {
     std::memcpy(buf_, other.buf_, kSize);
     if (onHeap()) rep()->refs.fetch_add(1, std::memory_order_relaxed);

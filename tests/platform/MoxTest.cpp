@@ -3,7 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <compare>
 #include <csignal>
+#include <cstdint>
+#include <iterator>
 #include <random>
 #include <string>
 #include <string_view>
@@ -74,6 +77,27 @@ TEST(MoxString, FifteenCharactersFitWithoutAllocating) {
   EXPECT_STREQ(copy.charPtr(), "");
   EXPECT_EQ(sub, "1024/15");
   EXPECT_STREQ(empty.charPtr(), "");
+}
+
+TEST(MoxString, BuiltFromBytesEqualsBuiltFromText) {
+  // Every length up to fifteen, with bytes that sort high and a NUL inside.
+  const std::string text = std::string("et1024_15\xff\x80x\0yz", 15);
+  for (std::size_t len = 0; len <= Mox::String::kShortMax; ++len) {
+    Mox::String::Bytes bytes;
+    for (std::size_t i = 0; i < len; ++i) {
+      const auto byte = static_cast<std::uint64_t>(static_cast<unsigned char>(text[i]));
+      (i < 8 ? bytes.first : bytes.rest) |= byte << (8 * (i % 8));
+    }
+    bytes.length = len;
+    VornTest::AllocationScope scope;
+    const Mox::String built(bytes);
+    EXPECT_EQ(scope.count(), 0u);
+    const Mox::String expected(text.data(), len);
+    EXPECT_EQ(built, expected) << len;
+    EXPECT_EQ(built <=> expected, std::strong_ordering::equal) << len;
+    EXPECT_EQ(built.view(), std::string_view(text.data(), len));
+    EXPECT_EQ(built.charPtr()[len], '\0');
+  }
 }
 
 TEST(MoxString, SixteenCharactersShareOneBuffer) {
@@ -237,6 +261,18 @@ TEST(MoxFlatMap, KeepsKeyOrderWhateverTheInsertionOrder) {
   EXPECT_EQ(other, map);
   other.insert_or_assign("et1_1", 0);
   EXPECT_NE(other, map);
+}
+
+TEST(MoxFlatMap, EmplaceBackAppendsInPlace) {
+  Mox::FlatMap<Mox::String, std::pair<int, int>> map;
+  map.emplace_back("a", 1, 2);
+  map.emplace_back(std::string_view("b"), 3, 4).first = 5;
+  ASSERT_EQ(map.size(), 2u);
+  EXPECT_EQ(map.find("a")->second, std::make_pair(1, 2));
+  EXPECT_EQ(map.find("b")->second, std::make_pair(5, 4));
+  // What follows still keeps the order.
+  map.insert_or_assign("ab", {6, 6});
+  EXPECT_EQ(std::next(map.begin())->first, "ab");
 }
 
 TEST(MoxFlatMap, AssignBuildsWhatInsertingOneByOneBuilds) {

@@ -1,0 +1,261 @@
+// The parser reads the driver's usual lines directly (members of a LAG line
+// from two words, config lines straight from the piece, config names appended
+// while their order is known) and falls back to the exact reading otherwise.
+// Here both are checked against a reading built from the C library's sscanf
+// and strtol and one-by-one inserts, on listings made of usual and unusual
+// lines around the bounds of the direct readers: names of 15 and 16
+// characters, ids of four and five digits, lines that end inside the sixteen
+// characters after a name's start, pieces that split lines.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "Vorn/LagTestSupport.h"
+#include "Vorn/VornDmaLagListing.h"
+
+using namespace Hardware::Vorn;
+using dma::LagListingParser;
+using dma::LineKind;
+using dma::LineOutcome;
+
+namespace {
+
+struct Result {
+  VornDmaLags::LagDeviceMap lags;
+  LineKind failure = LineKind::kIgnored;  // kIgnored: none
+  std::string text;
+};
+
+bool isHeader(const std::string& line) {
+  return line == "lags:" || line == "ilags:" || line == "lagconfigmap:";
+}
+
+// The listing as the driver's documentation reads it, with the C library.
+Result referenceRead(const std::vector<std::string>& lines) {
+  VornDmaLags::Ptr table = vornDmaLagsFactory("vornDmaLags");
+  Result r;
+  auto fail = [&](LineKind kind, const char* text) {
+    r.failure = kind;
+    r.text = text;
+    r.lags = table->lagDevices();
+    return r;
+  };
+  bool inSection = false;
+  for (const std::string& line : lines) {
+    const bool open = inSection && !line.empty();
+    if (isHeader(line)) {
+      inSection = true;
+      continue;
+    }
+    inSection = false;
+    if (!open) continue;
+    int number = 0, lagId = 0;
+    const int head = std::sscanf(line.c_str(), "po%d %d", &number, &lagId);
+    if (head > 0) {
+      if (head == 2 && static_cast<U32>(lagId) > LagId::null())
+        return fail(LineKind::kRangeError, LagId::kRangeText);
+      LagDevice lag(Mox::format("po%d", number),
+                    head == 2 ? LagId(static_cast<U32>(lagId)) : LagId());
+      for (std::size_t pos = 0, at; (at = line.find("et", pos)) != std::string::npos;) {
+        const std::size_t nameEnd = std::min(line.find(' ', at), line.size());
+        const std::size_t idStart = nameEnd < line.size() ? nameEnd + 1 : nameEnd;
+        const std::size_t idEnd = std::min(line.find(' ', idStart), line.size());
+        const std::string idText = line.substr(idStart, idEnd - idStart);
+        const auto id = static_cast<U16>(std::strtol(idText.c_str(), nullptr, 10));
+        if (id > LagMemberId::null()) return fail(LineKind::kRangeError, LagMemberId::kRangeText);
+        const std::string name = line.substr(at, nameEnd - at);
+        lag.lagMemberDeviceIs(LagMemberDevice(Mox::String(name), LagMemberId(id), false));
+        pos = idEnd;
+      }
+      table->lagDeviceIs(lag);
+    } else {
+      char name[64];
+      int sysPort = 0;
+      if (std::sscanf(line.c_str(), "%63s sys_port %d: po%d", name, &sysPort, &number) != 3)
+        return fail(LineKind::kAssertionFailed, "matches == 3");
+      const LagDevice* stored = table->lagDevice(Mox::format("po%d", number));
+      if (stored == nullptr) return fail(LineKind::kAssertionFailed, "!!lagDevice");
+      LagDevice copy = *stored;
+      copy.lagMemberConfigIs(name, true);
+      table->lagDeviceIs(copy);
+    }
+    inSection = true;
+  }
+  r.lags = table->lagDevices();
+  return r;
+}
+
+Result resultOf(const VornDmaLags& table, LineOutcome outcome) {
+  Result r;
+  r.lags = table.lagDevices();
+  if (outcome.failed()) {
+    r.failure = outcome.kind;
+    r.text = outcome.text;
+  }
+  return r;
+}
+
+// Random listings: mostly the driver's shapes, with the variations the
+// direct readers must hand to the exact reading.
+class ListingMaker {
+ public:
+  std::vector<std::string> listing() {
+    std::vector<std::string> lines;
+    numbers_.clear();
+    for (int section = pick(1, 3); section > 0; --section) {
+      lines.push_back(chance(10) ? "lags: " : header());
+      for (int n = pick(0, 12); n > 0; --n)
+        lines.push_back(numbers_.empty() || chance(35) ? lagLine() : configLine());
+      if (chance(80)) lines.push_back("");
+    }
+    return lines;
+  }
+
+ private:
+  int pick(int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng_); }
+  bool chance(int percent) { return pick(1, 100) <= percent; }
+  std::string text(int length, const char* alphabet) {
+    std::string s;
+    const int last = static_cast<int>(std::char_traits<char>::length(alphabet)) - 1;
+    for (int i = 0; i < length; ++i) s += alphabet[pick(0, last)];
+    return s;
+  }
+  std::string digits(int count) {
+    return std::to_string(pick(1, 9)) + text(count - 1, "0123456789");
+  }
+  std::string header() {
+    static const char* const kHeaders[] = {"lags:", "ilags:", "lagconfigmap:"};
+    return kHeaders[pick(0, 2)];
+  }
+  // A member id: usually one to four plain digits, at times five or six, a
+  // sign, white space, rubbish after the digits, or nothing.
+  std::string memberId() {
+    switch (pick(0, 19)) {
+      case 0:
+        return std::to_string(pick(4, 6) == 4 ? pick(1000, 9999) : 65536 + pick(0, 300));
+      case 1:
+        return "+" + std::to_string(pick(0, 256));
+      case 2:
+        return "-" + std::to_string(65536 - pick(0, 256));
+      case 3:
+        return std::to_string(pick(0, 256)) + (chance(50) ? "x" : "et4");
+      case 4:
+        return "";
+      case 5:
+        return "\t" + std::to_string(pick(0, 256));
+      case 6:
+        return "0" + std::to_string(pick(0, 256));
+      default:
+        return std::to_string(pick(0, 256));
+    }
+  }
+  std::string memberName() {
+    // "et" and 0 to 16 more characters: 15 and 16 in all are the bound. At
+    // times a second "et" inside, or a token that does not start with "et".
+    std::string name = "et" + text(pick(0, 16), "0123456789_/e");
+    if (chance(5)) name = "x" + name;
+    if (chance(5)) name = text(pick(1, 4), "ab9");
+    return name;
+  }
+  std::string lagLine() {
+    const int number = chance(70) || numbers_.empty() ? pick(1, 1100) : numbers_[0];
+    numbers_.push_back(number);
+    std::string line = "po" + std::to_string(number);
+    if (chance(90)) line += " " + std::to_string(chance(97) ? pick(0, 1024) : 1025);
+    for (int m = pick(0, 18); m > 0; --m) {
+      line += chance(3) ? "  " : " ";
+      line += memberName();
+      line += " " + memberId();
+    }
+    // A member without an id, or a blank at the very end.
+    if (chance(5)) line += " " + memberName();
+    if (chance(5)) line += " ";
+    return line;
+  }
+  std::string configLine() {
+    int number = numbers_[pick(0, static_cast<int>(numbers_.size()) - 1)];
+    if (chance(2)) number = 5000;  // no such LAG
+    // Names from a small pool, so that some come again and out of order;
+    // lengths around 15 and 16, and a few that start with 'p'.
+    static const char* const kPool[] = {
+        "Ethernet1/1",      "Ethernet1/10", "Ethernet12/3", "Ethernet1024/15",
+        "Ethernet1024/16x", "et7",          "po9",          "Ethernet3/1.4094"};
+    std::string name = chance(60) ? kPool[pick(0, 7)] : text(pick(1, 17), "Eth0123/._-");
+    std::string line = name + " sys_port " + digits(chance(95) ? pick(1, 4) : pick(9, 10)) +
+                       ": po" + std::to_string(number);
+    switch (pick(0, 29)) {
+      case 0:
+        line = name + "  sys_port 1: po" + std::to_string(number);
+        break;
+      case 1:
+        line += "junk";
+        break;
+      case 2:
+        line = name + "\tsys_port -3:po+" + std::to_string(number);
+        break;
+      case 3:
+        line = name + " sys_port 1 : po" + std::to_string(number);
+        break;
+      case 4:
+        line = name + " sys_port 1: po";
+        break;
+      default:
+        break;
+    }
+    return line;
+  }
+
+  std::mt19937 rng_{20261124};
+  std::vector<int> numbers_;
+};
+
+TEST(LagListingUsualShape, ReadsAsTheCLibraryDoesWhateverThePieces) {
+  ListingMaker maker;
+  std::mt19937 rng(11);
+  for (int i = 0; i < 3000; ++i) {
+    const std::vector<std::string> lines = maker.listing();
+    std::string text;
+    for (const std::string& line : lines) text += line + "\n";
+    const Result expected = referenceRead(lines);
+    SCOPED_TRACE(text);
+
+    // In one piece: the direct readers see whole lines.
+    VornDmaLags whole("vornDmaLags");
+    LagListingParser wholeParser(whole);
+    wholeParser.feed(text);
+    const Result one = resultOf(whole, wholeParser.finish());
+    ASSERT_EQ(one.failure, expected.failure);
+    ASSERT_EQ(one.text, expected.text);
+    ASSERT_EQ(one.lags, expected.lags);
+
+    // In pieces of 1 to 40 characters: lines split anywhere.
+    VornDmaLags pieces("vornDmaLags");
+    LagListingParser piecesParser(pieces);
+    for (std::size_t at = 0, size; at < text.size(); at += size) {
+      size = std::uniform_int_distribution<std::size_t>(1, 40)(rng);
+      piecesParser.feed(std::string_view(text).substr(at, size));
+    }
+    const Result split = resultOf(pieces, piecesParser.finish());
+    ASSERT_EQ(split.failure, expected.failure);
+    ASSERT_EQ(split.lags, expected.lags);
+
+    // Line by line, each a view of a longer buffer: what follows a line
+    // must not be read.
+    VornDmaLags byLine("vornDmaLags");
+    LagListingParser lineParser(byLine);
+    LineOutcome outcome;
+    for (const std::string& line : lines) {
+      const std::string padded = line + " 7 et9 9 sys_port 1: po1";
+      outcome = lineParser.line(std::string_view(padded).substr(0, line.size()));
+    }
+    const Result each = resultOf(byLine, outcome);
+    ASSERT_EQ(each.failure, expected.failure);
+    ASSERT_EQ(each.lags, expected.lags);
+  }
+}
+
+}  // namespace
