@@ -7,11 +7,14 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cctype>
 #include <fstream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <sstream>
 #include <string>
+#include <vector>
 
 using testing::HasSubstr;
 
@@ -79,23 +82,95 @@ TEST(Vornctl, TextOutputsMatchTheExpectedFiles) {
   EXPECT_EQ(lags.out, expected("lags-file.txt"));
 }
 
+// The words of the lines of a table that hold figures: those that start with
+// a number, or with the label of a limit row.
+using Rows = std::vector<std::vector<std::string>>;
+Rows figureRows(const std::string& text) {
+  Rows rows;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream words(line);
+    std::vector<std::string> row{std::istream_iterator<std::string>(words), {}};
+    if (row.empty()) continue;
+    if (std::isdigit(static_cast<unsigned char>(row[0][0])) || row[0] == "global" || row[0] == "SP0")
+      rows.push_back(row);
+  }
+  return rows;
+}
+
+std::string text(const nlohmann::json& j) {
+  return j.is_string() ? j.get<std::string>() : j.dump();
+}
+std::string slashed(const nlohmann::json& four) {
+  return text(four[0]) + "/" + text(four[1]) + "/" + text(four[2]) + "/" + text(four[3]);
+}
+
+// The CoPP JSON document as the rows of its text table.
+Rows coppRows(const nlohmann::json& doc) {
+  Rows rows;
+  for (const auto& c : doc["classes"]) {
+    std::vector<std::string> row;
+    for (const char* key : {"port", "className", "bandwidth", "shape", "hwClassIndex", "classType",
+                            "specialPortIndex", "specialPortSlot", "specialPortBandwidth",
+                            "specialPortShape"})
+      row.push_back(text(c[key]));
+    rows.push_back(row);
+  }
+  return rows;
+}
+
+// The thresholds JSON document as the rows of its text tables.
+Rows thresholdRows(const nlohmann::json& doc) {
+  Rows rows;
+  for (const auto& [index, p] : doc["profiles"].items()) {
+    rows.push_back({"global", "unicast", text(p["globalUc"]["db"]), text(p["globalUc"]["pd"])});
+    rows.push_back({"global", "multicast", text(p["globalMc"]["db"]), text(p["globalMc"]["pd"])});
+    rows.push_back(
+        {"SP0", "max", "reserved", text(p["sp0MaxReserved"]["db"]), text(p["sp0MaxReserved"]["pd"])});
+    for (const auto& tc : p["sp0McPerTc"])
+      rows.push_back({text(tc["tc"]), text(tc["db"]), text(tc["pd"]), text(tc["reservedBuffers"])});
+    for (const auto& e : p["egressProfiles"]) {
+      std::vector<std::string> row;
+      for (const char* key :
+           {"profile", "portUnicastBuffer", "portUnicastBufferFlowControl", "portMulticastBuffer",
+            "portUnicastDescriptor", "portUnicastDescriptorFlowControl", "portMulticastDescriptor",
+            "queueUnicastBuffer", "queueUnicastBufferFlowControl", "queueUnicastDescriptor",
+            "queueUnicastDescriptorFlowControl", "queueMulticastReservedDescriptor"})
+        row.push_back(text(e[key]));
+      row.push_back(slashed(e["queueMulticastDpSharedDescriptor"]));
+      row.push_back(slashed(e["queueMulticastDpBuffer"]));
+      rows.push_back(row);
+    }
+  }
+  return rows;
+}
+
+nlohmann::json jsonOf(const std::string& args) {
+  Outcome r = vornctl("--json " + args);
+  EXPECT_EQ(r.status, 0) << args << "\n" << r.err;
+  nlohmann::json doc = nlohmann::json::parse(r.out, nullptr, false);
+  EXPECT_FALSE(doc.is_discarded()) << args << ": not JSON";
+  return doc;
+}
+
+// Small documents against their files; the large tables against the text
+// tables they must agree with, figure for figure.
 TEST(Vornctl, JsonOutputsParseAndMatch) {
   const std::pair<std::string, const char*> cases[] = {
-      {"--json copp", "copp.json"},
-      {"--json id lag --family 2 --mode 5 --lag 7", "id-lag-2-5-7.json"},
-      {"--json thresholds --revisions 3,7", "thresholds-3-7.json"},
-      {"--json lags --file " + fixture("listing.txt"), "lags-file.json"},
+      {"id lag --family 2 --mode 5 --lag 7", "id-lag-2-5-7.json"},
+      {"lags --file " + fixture("listing.txt"), "lags-file.json"},
   };
   for (const auto& [args, file] : cases) {
-    Outcome r = vornctl(args);
-    ASSERT_EQ(r.status, 0) << args << "\n" << r.err;
-    nlohmann::json got = nlohmann::json::parse(r.out, nullptr, false);
-    ASSERT_FALSE(got.is_discarded()) << args << ": not JSON";
+    nlohmann::json got = jsonOf(args);
     nlohmann::json want = nlohmann::json::parse(expected(file));
     got.erase("source");  // the listing file's path depends on the checkout
     want.erase("source");
     EXPECT_EQ(got, want) << args;
   }
+  EXPECT_EQ(coppRows(jsonOf("copp")), figureRows(expected("copp.txt")));
+  nlohmann::json thresholds = jsonOf("thresholds --revisions 3,7");
+  EXPECT_EQ(thresholds["revisions"], nlohmann::json::parse("[3,7]"));
+  EXPECT_EQ(thresholdRows(thresholds), figureRows(expected("thresholds-3-7.txt")));
 }
 
 TEST(Vornctl, BringupBuildsAndChecksTheLagTable) {
