@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Plants the faults of a catalogue one at a time and says which the tests catch.
 
-Each fault is a one-line edit of a source file (see tests/mutants.txt for the
+Each fault is a one-line edit of a source file (see scripts/mutants.txt for the
 format). The edits are made in a scratch copy of the source tree under the
 work folder, never in the tree itself, so an interrupted run leaves the tree
 as it was; the scratch copy is brought back in line with the tree at the start
@@ -140,12 +140,12 @@ def sync_scratch(source, scratch):
 
 
 def configure(scratch, build, jobs):
-    if not (build / "build.ninja").exists():
-        # Debug without optimisation builds fastest; warnings stay warnings
-        # because a planted fault may well warn.
-        subprocess.run(["cmake", "-S", scratch, "-B", build, "-G", "Ninja",
-                        "-DCMAKE_BUILD_TYPE=Debug", "-DVORN_WERROR=OFF",
-                        "-DVORN_BENCH=OFF"], check=True, stdout=subprocess.DEVNULL)
+    # Debug without optimisation builds fastest; warnings stay warnings
+    # because a planted fault may well warn. The test programs load
+    # libvorn.so at run time, so a fault in it relinks nothing but it.
+    subprocess.run(["cmake", "-S", scratch, "-B", build, "-G", "Ninja",
+                    "-DCMAKE_BUILD_TYPE=Debug", "-DVORN_WERROR=OFF", "-DVORN_BENCH=OFF",
+                    "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"], check=True, stdout=subprocess.DEVNULL)
     return run_build(build, jobs)
 
 
@@ -155,13 +155,14 @@ def run_build(build, jobs):
     return proc.returncode == 0, proc.stdout[-3000:] + proc.stderr[-3000:]
 
 
-def run_program(build, program, timeout):
+def run_program(build, program, timeout, fail_fast):
     exe = next(iter(build.glob(f"tests/{program}")), None)
     if exe is None:
         return program, None
     env = dict(os.environ, GTEST_COLOR="no")
+    flags = ["--gtest_brief=1"] + (["--gtest_fail_fast"] if fail_fast else [])
     try:
-        proc = subprocess.run([exe, "--gtest_brief=1"], cwd=build / "tests", env=env,
+        proc = subprocess.run([exe, *flags], cwd=build / "tests", env=env,
                               capture_output=True, text=True, timeout=timeout)
     except subprocess.TimeoutExpired:
         return program, ["(timed out)"]
@@ -171,13 +172,13 @@ def run_program(build, program, timeout):
     return program, failed or [f"(exit {proc.returncode})"]
 
 
-def run_tests(build, jobs, timeout):
+def run_tests(build, jobs, timeout, fail_fast=False):
     with concurrent.futures.ThreadPoolExecutor(max_workers=jobs) as pool:
-        results = pool.map(lambda p: run_program(build, p, timeout), TEST_PROGRAMS)
+        results = pool.map(lambda p: run_program(build, p, timeout, fail_fast), TEST_PROGRAMS)
         return {p: r for p, r in results if r is not None}
 
 
-def try_fault(fault, scratch, build, jobs, timeout):
+def try_fault(fault, scratch, build, jobs, timeout, fail_fast):
     problem = check_edit(scratch, fault)
     if problem:
         return Outcome(fault, "catalogue-error", detail=problem)
@@ -188,7 +189,7 @@ def try_fault(fault, scratch, build, jobs, timeout):
         built, log = run_build(build, jobs)
         if not built:
             return Outcome(fault, "build-failed", detail=log.strip().splitlines()[-1:][0] if log.strip() else "")
-        programs = run_tests(build, jobs, timeout)
+        programs = run_tests(build, jobs, timeout, fail_fast)
     finally:
         target.write_text(original)
     caught = {p: f for p, f in programs.items() if f}
@@ -205,12 +206,9 @@ def describe(outcome):
     return f"{outcome.verdict.upper():9} {f.ident:32} {outcome.detail}"
 
 
-def write_results(path, outcomes):
-    with open(path, "w") as out:
-        out.write("fault\tverdict\tprograms\tfailed tests\n")
-        for o in outcomes:
-            tests = " ".join(t for ts in o.programs.values() for t in ts)
-            out.write(f"{o.fault.ident}\t{o.verdict}\t{','.join(sorted(o.programs))}\t{tests}\n")
+def results_row(o):
+    tests = " ".join(t for ts in o.programs.values() for t in ts)
+    return f"{o.fault.ident}\t{o.verdict}\t{','.join(sorted(o.programs))}\t{tests}\n"
 
 
 def read_results(path):
@@ -220,7 +218,7 @@ def read_results(path):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--catalogue", default=REPO / "tests" / "mutants.txt", type=Path)
+    parser.add_argument("--catalogue", default=REPO / "scripts" / "mutants.txt", type=Path)
     parser.add_argument("--source", default=REPO, type=Path,
                         help="the tree whose code and tests are tried (default: this one)")
     parser.add_argument("--work", default=REPO / "build" / "mutants", type=Path,
@@ -231,6 +229,9 @@ def main():
     parser.add_argument("--results", type=Path, help="write a table of the outcomes here")
     parser.add_argument("--compare", type=Path, help="a results table of an earlier run")
     parser.add_argument("--check", action="store_true", help="check the catalogue only")
+    parser.add_argument("--every-failure", action="store_true",
+                        help="run each program to its end, naming every test a fault fails "
+                             "(by default a program stops at its first failure)")
     args = parser.parse_args()
 
     faults, errors = parse_catalogue(args.catalogue)
@@ -261,24 +262,33 @@ def main():
         print(f"the unplanted tree fails its tests: {clean}", file=sys.stderr)
         return 2
 
+    # The table is written as the run goes, so that an interrupted run keeps
+    # what it found.
+    table = open(args.results, "w") if args.results else None
+    if table:
+        table.write("fault\tverdict\tprograms\tfailed tests\n")
     start, outcomes = time.monotonic(), []
     try:
         for fault in faults:
-            outcome = try_fault(fault, scratch, build, args.jobs, args.timeout)
+            outcome = try_fault(fault, scratch, build, args.jobs, args.timeout,
+                                not args.every_failure)
             outcomes.append(outcome)
             print(describe(outcome), flush=True)
+            if table:
+                table.write(results_row(outcome))
+                table.flush()
     except KeyboardInterrupt:
         print("interrupted; the tree is unchanged", file=sys.stderr)
         return 130
     finally:
+        if table:
+            table.close()
         run_build(build, args.jobs)  # leaves the scratch build matching its sources
 
     caught = sum(o.verdict == "caught" for o in outcomes)
     survived = [o.fault.ident for o in outcomes if o.verdict == "survived"]
     print(f"\n{caught} of {len(outcomes)} caught, {len(survived)} survived "
           f"({time.monotonic() - start:.0f} s)")
-    if args.results:
-        write_results(args.results, outcomes)
     status = 0
     if args.compare:
         before = read_results(args.compare)
