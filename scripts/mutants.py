@@ -163,7 +163,7 @@ def run_program(build, program, timeout, fail_fast):
     flags = ["--gtest_brief=1"] + (["--gtest_fail_fast"] if fail_fast else [])
     try:
         proc = subprocess.run([exe, *flags], cwd=build / "tests", env=env,
-                              capture_output=True, text=True, timeout=timeout)
+                              capture_output=True, text=True, errors="replace", timeout=timeout)
     except subprocess.TimeoutExpired:
         return program, ["(timed out)"]
     if proc.returncode == 0:
