@@ -22,3 +22,6 @@ if [ ${#missing[@]} -gt 0 ]; then
   $sudo_cmd apt-get update -qq
   $sudo_cmd apt-get install -y -qq --no-install-recommends "${missing[@]}"
 fi
+
+# The -m32 suite needs a kernel that runs 32-bit programs, or an emulator.
+"$(dirname "$0")/ia32-emulation.sh"

@@ -65,20 +65,20 @@ TEST(BadInputChannelDeathTest, SyserrWithEmptyLongAndNullTexts) {
         errno = EIO;
         syserr("");
       },
-      testing::KilledBySignal(SIGABRT), "^Input/output error\n$");
+      testing::KilledBySignal(SIGABRT), "^Input/output error" VORN_ABORT_END);
   EXPECT_EXIT(
       {
         errno = ENODEV;
         syserr(nullptr);  // perror's rule: only the error text
       },
-      testing::KilledBySignal(SIGABRT), "^No such device\n$");
+      testing::KilledBySignal(SIGABRT), "^No such device" VORN_ABORT_END);
   const std::string longest(4000, 'w');
   EXPECT_EXIT(
       {
         errno = EINVAL;
         syserr(longest.c_str());
       },
-      testing::KilledBySignal(SIGABRT), "^" + longest + ": Invalid argument\n$");
+      testing::KilledBySignal(SIGABRT), "^" + longest + ": Invalid argument" VORN_ABORT_END);
 }
 CATALOGUE_ENTRY_(BadInputChannelDeathTest, SyserrWithEmptyLongAndNullTexts, "syserr");
 
@@ -120,7 +120,7 @@ CATALOGUE_TEST_F(BadInputDevices, DevicelessHandleOrEmptyNameEndsARename, "vornD
   EXPECT_EXIT(vornDmaDeviceRename("fap0", Fru::PciHam::pciHamWithoutDevice()),
               testing::KilledBySignal(SIGABRT), "^devname: ");
   EXPECT_EXIT(vornDmaDeviceRename("", nullptr), testing::KilledBySignal(SIGABRT),
-              "^devname: Invalid argument\n$");
+              "^devname: Invalid argument" VORN_ABORT_END);
 }
 
 // Every name command formats into 256 bytes: a name of 300 characters is cut

@@ -49,11 +49,12 @@ TEST_F(Qos, RefusedMapsEndTheProcessWithTheCommand) {
   // syserr.
   Mox::traceHandle("VornDma").levelIs(0, true);
   EXPECT_EXIT(vornDmaSetCosToTc(1, 9), KilledBySignal(SIGABRT),
-              "^vprimap 1 9: Invalid argument\n$");
-  EXPECT_EXIT(vornDmaSetTcToCos(8, 1), KilledBySignal(SIGABRT), "^tcmap 8 1: Invalid argument\n$");
+              "^vprimap 1 9: Invalid argument" VORN_ABORT_END);
+  EXPECT_EXIT(vornDmaSetTcToCos(8, 1), KilledBySignal(SIGABRT),
+              "^tcmap 8 1: Invalid argument" VORN_ABORT_END);
   EXPECT_EXIT(vornDmaSetDscpToTc(64, 1), KilledBySignal(SIGABRT),
               "^VornDma\\[0\\] /src/Vorn/VornDma:[0-9]+ vornDmaSetDscpToTc cmd: dscpmap 64 1 error "
-              "Invalid argument\ndscpmap 64 1: Invalid argument\n$");
+              "Invalid argument\ndscpmap 64 1: Invalid argument" VORN_ABORT_END);
   Mox::traceHandle("VornDma").levelIs(0, false);
 }
 
@@ -122,20 +123,21 @@ TEST_F(Qos, OtherTableRefusalsEndTheProcess) {
         driver.answerNext("tc_vpri_map_add", EIO);
         vornDmaTcToVpriMapAdd("et1", map);
       },
-      KilledBySignal(SIGABRT), "^tc_vpri_map_add et1 0: Input/output error\n$");
+      KilledBySignal(SIGABRT), "^tc_vpri_map_add et1 0: Input/output error" VORN_ABORT_END);
   // Unlike add and update, delete does not tolerate an invalid argument.
   EXPECT_EXIT(
       {
         driver.answerNext("tc_vpri_map_del", EINVAL);
         vornDmaTcToVpriMapDel("et1");
       },
-      KilledBySignal(SIGABRT), "^tc_vpri_map_del et1: Invalid argument\n$");
+      KilledBySignal(SIGABRT), "^tc_vpri_map_del et1: Invalid argument" VORN_ABORT_END);
   EXPECT_EXIT(
       {
         driver.answerNext("tc_vpri_map_update", EPERM);
         vornDmaTcToVpriMapUpdate("et1", 1, 2);
       },
-      KilledBySignal(SIGABRT), "^tc_vpri_map_update et1 1 2: Operation not permitted\n$");
+      KilledBySignal(SIGABRT),
+      "^tc_vpri_map_update et1 1 2: Operation not permitted" VORN_ABORT_END);
 }
 
 TEST_F(Qos, PtpDropSwitchReturnsRefusals) {

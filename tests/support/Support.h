@@ -10,6 +10,12 @@
 
 #include "Mox/Trace.h"
 
+// The end of an aborted child's error output, for death-test patterns that
+// allow nothing after the process's own text. Where 32-bit programs run under
+// qemu's user-mode emulator, the emulator writes one line of its own after
+// the abort, even with core dumps off.
+#define VORN_ABORT_END "\n(qemu: uncaught target signal 6 \\(Aborted\\) - core dumped\n)?$"
+
 namespace VornTest {
 
 // Sets (or, with nullopt, unsets) an environment variable for a scope.
