@@ -1,4 +1,4 @@
-# Writes vornctl's manual page (cmake -P, with VORNCTL, HELP2MAN, VERSION and
+# Writes vornctl's manual page, OUT and OUT.gz (cmake -P, with VORNCTL, HELP2MAN, VERSION and
 # OUT set): help2man over the tool's --help and --version, and a COMMANDS
 # section made of every command's own --help-all, so the page says what the
 # tool says and cannot drift from it.
@@ -23,3 +23,5 @@ execute_process(COMMAND ${HELP2MAN} --no-info --section 1 --source "Vorn ${VERSI
                         --include ${OUT}.include --output ${OUT} ${VORNCTL}
                 COMMAND_ERROR_IS_FATAL ANY)
 file(REMOVE ${OUT}.include)
+# The installed page is compressed, as man pages on Debian are.
+execute_process(COMMAND gzip -9 -n -c ${OUT} OUTPUT_FILE ${OUT}.gz COMMAND_ERROR_IS_FATAL ANY)
