@@ -1,7 +1,7 @@
 # Debian packages of the build, with CPack (cpack -G DEB, or the package
 # presets): libvorn1 (the shared objects), libvorn-dev (headers, CMake package,
-# pkg-config file) and vorn-tools (every tool the build makes; its programs
-# install into the "tools" component).
+# pkg-config file) and vorn-tools (every program tools/ installs: its default
+# install component is "tools").
 set(VORN_PACKAGE_MAINTAINER "Vorn developers <vorn-dev@lists.vorn.example>"
     CACHE STRING "The Maintainer field of the Debian packages")
 
@@ -74,7 +74,7 @@ configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/changelog.in ${VORN_DEB_DOC}/cha
 execute_process(COMMAND gzip -9 -n -f ${VORN_DEB_DOC}/changelog.Debian)
 
 set(VORN_DEB_COMPONENTS runtime dev)
-if(TARGET vornctl)
+if(TARGET vornctl)  # VORN_TOOLS on: tools/ installs into "tools"
   list(APPEND VORN_DEB_COMPONENTS tools)
 endif()
 foreach(component IN LISTS VORN_DEB_COMPONENTS)
