@@ -46,8 +46,14 @@ VORN_EXPORT float getPortFlowControlToDiscardRatio(EgqProfile prof);
 // the 100G, 200G and 400G front-panel profiles of `p`, 0.34 on any other.
 VORN_EXPORT float getQueueFlowControlToDiscardRatio(EgqProfile prof, EgressBufThresholdsProfile p);
 
+// The egress buffering state machine: holds the CLI configuration, the
+// egress-buffer status it publishes into, the redundancy status and the system
+// status, and computes the thresholds once (handleInitialized). Made by
+// egressBufferingSmFactory; its attributes are reachable by id through the
+// framework's generic access.
 class VORN_EXPORT EgressBufferingSm : public Mox::PtrInterface {
  public:
+  // The shared pointer the framework hands the machine out as.
   using Ptr = Mox::Ptr<EgressBufferingSm>;
 
   // Attribute ids, in the order of the type's attribute table.
@@ -80,17 +86,22 @@ class VORN_EXPORT EgressBufferingSm : public Mox::PtrInterface {
                     const Mox::Ptr<Status const>& sysStatus);
   ~EgressBufferingSm() override;
 
+  //@{
+  // The four objects the machine was made with, as given.
   const Mox::Ptr<CliConfig const>& sysCliConfig() const noexcept { return sysCliConfig_; }
   const Mox::Ptr<EgressBufferStatus>& ebStatus() const noexcept { return ebStatus_; }
   const Mox::Ptr<Redundancy::RedundancyStatus const>& redundancyStatus() const noexcept {
     return redundancyStatus_;
   }
   const Mox::Ptr<Status const>& sysStatus() const noexcept { return sysStatus_; }
+  //@}
 
   // The egress-buffer parameters of the configuration, or their defaults when
   // there is none.
   EgressBufferParameters ebParams() const;
+  // Whether the one-time work has run.
   bool initialized() const noexcept;
+  // Records whether the one-time work has run; handleInitialized sets it.
   void initializedIs(bool initialized) noexcept;
 
   // The one-time work: in redundancy mode 5, generates the CGM and EGQ
@@ -113,12 +124,15 @@ class VORN_EXPORT EgressBufferingSm : public Mox::PtrInterface {
   // a factor fails the assertion false && "Invalid Speed".
   U32 reservedMcPdFromSpeed(Interface::EthSpeed speed) const;
 
+  //@{
   // Framework operations: the type record "Hardware::Vorn::EgressBufferingSm";
   // no activity; no reactors (the deletion mark is only recorded).
   const Mox::TypeRecord* fwkType() const noexcept override;
   Mox::Activity* moxFwkActivity() const noexcept override;
   void moxDoZombieReactors(bool zombie) noexcept override;
   void hasNotificationActiveIs(bool active) noexcept override;
+  //@}
+  //@{
   // Generic access: get on the four objects, ebParams (a
   // Mox::Boxed<EgressBufferParameters>) and initialized; set on initialized
   // (a bool); calls of the three generators and of reservedMcPdFromSpeed (one
@@ -128,6 +142,7 @@ class VORN_EXPORT EgressBufferingSm : public Mox::PtrInterface {
   Mox::AttrResult attrSet(Mox::AttrId id, const Mox::Value& in) override;
   Mox::AttrResult attrCall(Mox::AttrId id, std::span<const Mox::Value> args,
                            Mox::Value& out) override;
+  //@}
   // Construction from generic arguments: "Hardware::Vorn::CliConfig",
   // "Hardware::Vorn::EgressBufferStatus", "Redundancy::RedundancyStatus",
   // "Hardware::Vorn::Status", in the constructor's order.

@@ -35,18 +35,23 @@ class VORN_EXPORT ShapeRateSmState : public Mox::Entity {
   explicit ShapeRateSmState(Mox::Name name);
   ~ShapeRateSmState() override;
 
+  //@{
   // The flags: the shape-rate, anchor-interface, sub-interface and
   // traffic-manager sub-interface state machines are ready.
   bool isShapeRateSmReady() const;
   bool isAnchorIntfSmReady() const;
   bool isVornSubIntfSmReady() const;
   bool isVornTmSubIntfSmReady() const;
+  //@}
+  //@{
   // Setters: store and notify with the flag's id when the value changes.
   void isShapeRateSmReadyIs(bool ready);
   void isAnchorIntfSmReadyIs(bool ready);
   void isVornSubIntfSmReadyIs(bool ready);
   void isVornTmSubIntfSmReadyIs(bool ready);
+  //@}
 
+  //@{
   // Framework operations: the type record "Hardware::Vorn::ShapeRateSmState";
   // get and set (a bool) on the four flags; a call on a flag is not allowed;
   // any other id goes to the base.
@@ -55,6 +60,7 @@ class VORN_EXPORT ShapeRateSmState : public Mox::Entity {
   Mox::AttrResult attrSet(Mox::AttrId id, const Mox::Value& in) override;
   Mox::AttrResult attrCall(Mox::AttrId id, std::span<const Mox::Value> args,
                            Mox::Value& out) override;
+  //@}
   // Construction from generic arguments: one "Mox::Name". Directories create
   // the type through it.
   static Mox::Ptr<Mox::PtrInterface> moxNewFromArgs(const Mox::TypeRecord& type,

@@ -14,20 +14,22 @@
 
 namespace Hardware::Vorn {
 
+//@{
 // Rate sentinels of the QoS model, and the hardware layer's "no shaping".
 inline constexpr U32 kRateNotSet = 10000001;
 inline constexpr U32 kRateUnlimited = 10000002;
 inline constexpr U32 kHwNoShaping = 0xFFFFFFFF;
+//@}
 
 // The static CoPP class of a CPU system port and its default parameters,
 // filled in place: a class leaves the members it has no value for as the
 // caller's record held them, so callers pass a freshly initialised record.
 struct CoppStaticConfig {
-  Mox::String className;  // "copp-system-..."
-  U32 bandwidth = 0;      // default guaranteed rate
-  U32 shape = 0;          // default maximum (shaping) rate
-  U32 hwClassIndex = 0;   // 1..46, unique per class, for the hardware layer
-  Qos::ClassMapCpStaticType classType{};
+  Mox::String className;                  // "copp-system-..."
+  U32 bandwidth = 0;                      // default guaranteed rate
+  U32 shape = 0;                          // default maximum (shaping) rate
+  U32 hwClassIndex = 0;                   // 1..46, unique per class, for the hardware layer
+  Qos::ClassMapCpStaticType classType{};  // the static class type
   U32 specialPortIndex = 0;      // index among the classes with a special-port configuration
   U32 specialPortSlot = 0;       // specialPortIndex + 1 on a special CPU port
   U32 specialPortBandwidth = 0;  // guaranteed rate on the special port
@@ -40,11 +42,13 @@ struct CoppStaticConfig {
 // and aborts on an assertion.
 VORN_EXPORT bool doGetAradCoppClassParameters(SystemPhyPortId port, CoppStaticConfig& config);
 
+//@{
 // The Petra generation has no static classes: both return false and write
 // nothing.
 VORN_EXPORT bool doGetPetraGenericClassParameters(SystemPhyPortId port, U32 unused,
                                                   CoppStaticConfig& config);
 VORN_EXPORT bool doGetPetraSpecialSysPortParameters(SystemPhyPortId port, CoppStaticConfig& config);
+//@}
 
 // Whether the system supports the static class type `type`. A type the
 // system does not know writes "Failed(false) Unhandled class map type <type>"

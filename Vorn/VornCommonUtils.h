@@ -73,12 +73,14 @@ VORN_EXPORT int portChannelId(Mox::String name);
 // kinds are not, whatever the status holds.
 VORN_EXPORT bool isIntfMlag(Mox::Ptr<Mlag::Status const> status, Wirl::IntfId intfId);
 
+//@{
 // The state-database directories of a cell's multicast transactions
 // ("mrouteXactConfigDir-1" for cell 1).
 VORN_EXPORT Mox::String cellNameToMrouteXactConfigDirName(Mox::String cellName);
 VORN_EXPORT Mox::String cellNameToMrouteXactStatusDirName(Mox::String cellName);
 VORN_EXPORT Mox::String cellNameToMcastXactConfigDirName(Mox::String cellName);
 VORN_EXPORT Mox::String cellNameToMcastXactStatusDirName(Mox::String cellName);
+//@}
 
 namespace Hardware::Vorn {
 
@@ -96,12 +98,14 @@ VORN_EXPORT U32 lagIdToSysAggrPortId(FapType fapType, LagId lagId);
 // is clear. A rest above 1024 throws the LagId range exception.
 VORN_EXPORT LagId sysAggrPortIdToLagId(FapType fapType, U32 sysAggrPortId);
 
+//@{
 // Bits of the LAG id and of the member id in `lagMode`, and what follows from
 // them: members per LAG and the LAG id mask.
 VORN_EXPORT U8 lagIdBitsForMode(FapType fapType, LagMode lagMode);
 VORN_EXPORT U8 memberIdBitsForMode(FapType fapType, LagMode lagMode);
 VORN_EXPORT U32 maxMemberIdsForMode(FapType fapType, LagMode lagMode);
 VORN_EXPORT U32 lagIdMaskForMode(FapType fapType, LagMode lagMode);
+//@}
 
 // The system aggregate port id of a LAG destination: its low LAG-id bits,
 // the member bits dropped.
@@ -163,18 +167,21 @@ VORN_EXPORT FapRevMajorList::Ptr supportedFapRevMajors(Status::PtrConst vornStat
 VORN_EXPORT FapRevMajor maybeGetFapRevMajorFromFapType(Status::PtrConst vornStatus,
                                                        FapType fapType);
 
+//@{
 // The maximum (from 0) and minimum (from 0xFFFFFFFF) of `fn` over the
 // revisions of `list`, walked in ascending order; a null list gives the start
 // value. `fn` may change the list: the walk goes on from the successor of the
 // revision it last handed to `fn`.
 VORN_EXPORT U32 fapRevMajorLoopMax(FapRevMajorList::PtrConst list, FapRevMajorFn fn);
 VORN_EXPORT U32 fapRevMajorLoopMin(FapRevMajorList::PtrConst list, FapRevMajorFn fn);
+//@}
 // As fapRevMajorLoopMin over the revisions that use threshold profile
 // `profile` only.
 VORN_EXPORT U32 fapRevMajorLoopMinPerEgrThreshProf(EgressBufThresholdsProfile profile,
                                                    FapRevMajorList::PtrConst list,
                                                    FapRevMajorFn fn);
 
+//@{
 // The loops above over supportedFapRevMajors(vornStatus, fapType). The
 // supported revisions must not be empty (assertion).
 VORN_EXPORT U32 maxForFapRevMajors(Status::PtrConst vornStatus, FapType fapType, FapRevMajorFn fn);
@@ -182,11 +189,14 @@ VORN_EXPORT U32 minForFapRevMajors(Status::PtrConst vornStatus, FapType fapType,
 VORN_EXPORT U32 minForFapRevMajorsPerEgrThreshProf(EgressBufThresholdsProfile profile,
                                                    Status::PtrConst vornStatus, FapType fapType,
                                                    FapRevMajorFn fn);
+//@}
 
+//@{
 // FAP port ids and network-interface ports of a revision. Revision 0 (and
 // anything above 9) ends the process after a "Failed(" line.
 VORN_EXPORT U32 maxFapPortIdsByFapRevMajor(FapRevMajor fapRevMajor);
 VORN_EXPORT U32 maxNifPortsByFapRevMajor(FapRevMajor fapRevMajor);
+//@}
 
 // ---------------------------------------------------------------------------
 // Sub-interfaces and LAG members
@@ -252,15 +262,19 @@ VORN_EXPORT LocalTcamId fapLocalCoreIdToLocalTcamId(Status::PtrConst vornStatus,
 // localTcam * maxFapsInSystem + fapId; throws above 2048.
 VORN_EXPORT SystemTcamId fapLocalTcamIdToSystemTcamId(Status::PtrConst vornStatus, FapId fapId,
                                                       LocalTcamId localTcam);
+// The system TCAM id of the TCAM that serves `core`: the two conversions
+// above one after the other.
 VORN_EXPORT SystemTcamId fapLocalCoreIdToSystemTcamId(Status::PtrConst vornStatus, FapId fapId,
                                                       LocalCoreId core);
 
+//@{
 // The FAP and the local core (= local TCAM) of a system TCAM id; the all-TCAMs
 // id 2046 gives FAP 2046 and core 3. An id at or above maxTcamsInSystem ends
 // the process after a "Failed(" line.
 VORN_EXPORT FapId systemTcamIdToFapId(const Status::PtrConst& vornStatus, SystemTcamId tcamId);
 VORN_EXPORT LocalCoreId systemTcamIdToLocalCoreId(const Status::PtrConst& vornStatus,
                                                   SystemTcamId tcamId);
+//@}
 
 // The FAPs a TCAM id addresses: all of them for 2046, else its one FAP. The
 // null id fails an assertion.
@@ -272,10 +286,12 @@ VORN_EXPORT Regpath::Fapmask tcamIdToFapmask(const Status::PtrConst& vornStatus,
 // (assertion); creates the singleton when it does not exist yet.
 VORN_EXPORT int zeroBasedSlotId(const Status::PtrConst& vornStatus, Fru::SlotId slotId);
 
+//@{
 // The first FAP and first system core of a linecard slot; null outside the
 // linecard slots. FAPs (cores) per slot must be positive (assertion).
 VORN_EXPORT FapId firstFapId(const Status::PtrConst& vornStatus, Fru::SlotId slotId);
 VORN_EXPORT SystemCoreId firstSystemCoreId(const Status::PtrConst& vornStatus, Fru::SlotId slotId);
+//@}
 
 // The slice ("Linecard3", "FixedSystem") of a FAP, from its name. A FAP
 // without a name ends the process as fapNameToLinecardName does.
@@ -285,11 +301,13 @@ VORN_EXPORT Mox::String fapIdToSliceName(Status::PtrConst vornStatus, FapId fapI
 // no FAP or its FAP no revision.
 VORN_EXPORT FapRevision sliceFapRev(Status::PtrConst vornStatus, Mox::String sliceName);
 
+//@{
 // CPU traffic-manager ports: FAP port 0 is system port 2 and FAP ports 133 to
 // 137 are system ports 3 to 7. n counts them from 0 to 5; a larger n, or a
 // FAP port that is no CPU TM port, fails an assertion.
 VORN_EXPORT SystemPhyPortId getCpuTmSystemPhyPortId(FapPortId fpid);
 VORN_EXPORT FapPortId nthCpuTmFapPortId(U16 nthCpuTm);
 VORN_EXPORT SystemPhyPortId nthCpuTmSystemPhyPortId(U16 nthCpuTm);
+//@}
 
 }  // namespace Hardware::Vorn

@@ -26,12 +26,14 @@ namespace Hardware::Vorn {
 // ---------------------------------------------------------------------------
 // Command channel
 
+//@{
 // Buffer capacities of the driver protocol; each is also the ioctl request
 // number of the commands that use it.
 inline constexpr unsigned kCommandSize = 256;
 inline constexpr unsigned kDevStatsSize = 96;
 inline constexpr unsigned kListingSize = 6240;
 inline constexpr unsigned kSflowCounterSize = 128;
+//@}
 
 // Sends the NUL-terminated command in `buf` (capacity `size`) to the driver
 // and returns 0, or the positive errno of the failed ioctl. On return `buf`
@@ -49,10 +51,12 @@ VORN_EXPORT int fab_ioctl(char* buf, unsigned int size);
 // process, at the first call.
 VORN_EXPORT bool saimode();
 
+//@{
 // True when "/proc/vorn-dma" (resp. "/dev/fabric") can be opened read-write.
 // In simulation the first is true.
 VORN_EXPORT bool vornDmaProcVornDmaPresent();
 VORN_EXPORT bool vornDmaDevFabricPresent();
+//@}
 
 // ---------------------------------------------------------------------------
 // Devices
@@ -60,9 +64,9 @@ VORN_EXPORT bool vornDmaDevFabricPresent();
 // The driver's statistics record of a device. The library reads one word:
 // `up`, non-zero when the device is up. The rest is the driver's.
 struct fabdevstats {
-  U32 header;
-  U32 up;
-  U32 driverData[22];
+  U32 header;          // the driver's record header
+  U32 up;              // non-zero when the device is up
+  U32 driverData[22];  // the driver's own counters
 };
 static_assert(sizeof(fabdevstats) == kDevStatsSize, "the driver's record is 96 bytes");
 static_assert(offsetof(fabdevstats, up) == 4, "the up word is at byte 4");
@@ -82,9 +86,11 @@ VORN_EXPORT int vornDmaDeviceParam(Mox::String name, FapType type, FapId id, uns
                                    unsigned int p5, unsigned int p6);
 // Cleans the device up; returns the driver's answer.
 VORN_EXPORT int vornDmaDevcleanup(Mox::String name);
+//@{
 // Brings the device up or down; 19 (no such device) counts as done.
 VORN_EXPORT int vornDmaDeviceUp(Mox::String name);
 VORN_EXPORT int vornDmaDeviceDown(Mox::String name);
+//@}
 // Reads the device's statistics into `stats`. Simulation: the up word is 0.
 VORN_EXPORT int vornDmaGetDevStats(Mox::String name, fabdevstats* stats);
 // Sets `*up` from the statistics; on failure returns the error and leaves
@@ -92,10 +98,12 @@ VORN_EXPORT int vornDmaGetDevStats(Mox::String name, fabdevstats* stats);
 VORN_EXPORT int vornDmaIsDeviceUp(Mox::String name, bool* up);
 // Switches the driver's multi-processor mode. A refusal ends the process.
 VORN_EXPORT int vornDmaMpcMode(bool on);
+//@{
 // The driver's listing of up devices / device parameters, as text. A refused
 // listing ends the process. Simulation: empty.
 VORN_EXPORT Mox::String vornDmaListUpDevices();
 VORN_EXPORT Mox::String vornDmaListDeviceParams();
+//@}
 
 // ---------------------------------------------------------------------------
 // Ports, VLANs and host devices
@@ -127,6 +135,7 @@ VORN_EXPORT int vornDmaSetIntfState(Mox::String ifname, bool up);
 // Sets or clears the native VLAN of the device. Sub-interfaces (a name with
 // ".") have none: nothing is sent and 0 is returned.
 VORN_EXPORT int vornDmaNativeVlan(const char* ifname, bool flag, unsigned short vlanId);
+//@{
 // Maps the VLAN range [startVlanId, endVlanId] with `innerVlanId` of the
 // device to `vsi`, or removes that mapping.
 VORN_EXPORT int vornDmaVlanVsiAdd(const char* ifname, unsigned short startVlanId,
@@ -134,6 +143,7 @@ VORN_EXPORT int vornDmaVlanVsiAdd(const char* ifname, unsigned short startVlanId
                                   unsigned short vsi);
 VORN_EXPORT int vornDmaVlanVsiDel(const char* ifname, unsigned short startVlanId,
                                   unsigned short endVlanId, unsigned short innerVlanId);
+//@}
 // Gives a routed port its internal VLAN. A sub-interface name is cut at its
 // first "." (et1.10 sets et1). A missing device (19) counts as success.
 VORN_EXPORT int vornDmaRoutedPortSet(const char* ifname, unsigned int vlanId);
@@ -153,11 +163,13 @@ VORN_EXPORT int vornDmaIfFlags(const char* ifname, unsigned int* flags);
 // which are returned. Simulation: 0 and nothing sent, except for the two
 // VXLAN setters, which always send.
 
+//@{
 // Maps VLAN priority `cos` to traffic class `tc` ("vprimap"), and back
 // ("tcmap"); maps DSCP `dscp` to traffic class `tc` ("dscpmap").
 VORN_EXPORT unsigned int vornDmaSetCosToTc(unsigned int cos, unsigned int tc);
 VORN_EXPORT unsigned int vornDmaSetTcToCos(unsigned int tc, unsigned int cos);
 VORN_EXPORT unsigned int vornDmaSetDscpToTc(unsigned int dscp, unsigned int tc);
+//@}
 // Installs the device's traffic-class-to-priority table: `map[i]` (8 entries)
 // is the VLAN priority of class i. Sent as one octal word, class 0 in the
 // last digit; entries are not masked, so 8 or more spills into the next class.
@@ -170,10 +182,12 @@ VORN_EXPORT unsigned int vornDmaTcToVpriMapUpdate(const char* ifname, unsigned i
 // Makes the driver drop (or pass) the PTP event packets the CPU sends.
 // Refusals are returned.
 VORN_EXPORT unsigned int vornDmaSetPtpDropEventTxPkts(bool drop);
+//@{
 // Maps VXLAN `vni` to `vlanId`; sets the VTEP learn mode. Always sent, also in
 // simulation; a refusal is traced only.
 VORN_EXPORT void vornDmaVniToVlanIs(unsigned int vni, unsigned int vlanId);
 VORN_EXPORT void vornDmaVtepLearnModeIs(unsigned int mode);
+//@}
 // The driver's internal form of a hardware-LAG system port id: bits 0-13
 // kept, bit 15 moved to bit 14, bit 14 dropped.
 VORN_EXPORT unsigned short vornDmaInternalSysPortIdIs(unsigned short sysPortId);
@@ -188,21 +202,27 @@ VORN_EXPORT unsigned short vornDmaInternalSysPortIdIs(unsigned short sysPortId);
 
 // The virtual (anycast) router MAC and its mask.
 VORN_EXPORT unsigned int vornDmaVirtualMacSet(Wirl::EthAddrWithMask mac);
+//@{
 // Enables the virtual IPv4 / IPv6 addresses of `vlanId`.
 VORN_EXPORT unsigned int vornDmaIpAddrVirtualSet(unsigned int vlanId, bool enable);
 VORN_EXPORT unsigned int vornDmaIp6AddrVirtualSet(unsigned int vlanId, bool enable);
+//@}
+//@{
 // The MLAG peer's router MAC; the MLAG shared router MAC.
 VORN_EXPORT unsigned int vornDmaPeerRouterMacSet(Wirl::EthAddr mac);
 VORN_EXPORT unsigned int vornDmaMlagSharedRouterMacIs(Wirl::EthAddr mac);
+//@}
 // ARP snooping on `vlanId`.
 VORN_EXPORT unsigned int vornDmaArpSnoopingVlan(unsigned short vlanId, bool on);
 // Maps private VLAN `secondary` to its `primary`.
 VORN_EXPORT unsigned int vornDmaPvlanMap(unsigned short primary, unsigned short secondary);
 // Whether `vlanId` is routed.
 VORN_EXPORT unsigned int vornDmaVlanRoutingStatus(unsigned short vlanId, unsigned short enabled);
+//@{
 // The EtherType of the virtual-cable encapsulation; a device's mux id.
 VORN_EXPORT unsigned int vornDmaVcableSetProto(unsigned short proto);
 VORN_EXPORT unsigned int vornDmaVcableSetMuxid(const char* ifname, unsigned short muxid);
+//@}
 // LAGs
 //
 // The driver keeps its own copy of the LAGs (port-channels) that the chip
@@ -220,9 +240,11 @@ VORN_EXPORT int vornDmaSetLagMode(unsigned lagMode, unsigned lagParam, FapType f
 VORN_EXPORT int vornDmaLagMemberAdd(const char* ifname, const char* membername, int memberId);
 // Removes the member with `memberId` from LAG `ifname`.
 VORN_EXPORT int vornDmaLagMemberDel(const char* ifname, int memberId);
+//@{
 // Adds / removes config member `membername` of LAG `ifname`.
 VORN_EXPORT int vornDmaLagMemberConfigAdd(const char* ifname, const char* membername);
 VORN_EXPORT int vornDmaLagMemberConfigDel(const char* ifname, const char* membername);
+//@}
 // Removes all config members of LAG `lagname`.
 VORN_EXPORT int vornDmaLagConfigMapDel(const char* lagname);
 // The driver's LAG table as "/proc/vorn-dma" lists it; never null. Empty in
@@ -239,11 +261,13 @@ VORN_EXPORT VornDmaLags::Ptr vornDmaListLags();
 // index, bind and write failures are traced, not returned. Simulation: nothing.
 VORN_EXPORT void vornDmaTxRaw(Mox::String name, U32 destId, unsigned len, unsigned char* data);
 
+//@{
 // The driver's counts of sFlow samples received (resp. dropped). A refused
 // read ends the process; a reply that is not a number counts 0.
 // Simulation: 0.
 VORN_EXPORT U64 vornDmaRxSflowCount();
 VORN_EXPORT U64 vornDmaRxSflowDropCount();
+//@}
 
 // Tells the driver which share of the hardware's sFlow samples to drop when
 // software samples 1 in `sampleRate` and the hardware 1 in `HwSampleRate`:

@@ -85,10 +85,10 @@ int vornDmaLagMemberAdd(const char* ifname, const char* membername, int memberId
     rc = dma::fabIoctl(buf);
   }
   if (retries == 0 && rc == 0) return 0;
-  if (retries > 0) {
-    RINGLOG("vornDmaLagMemberAdd ifname=%s, membername=%sreturned %d after %d retries", ifname,
-            membername, rc, retries);
-  }
+  // Every other outcome leaves its line in the ring, a refusal at the first
+  // send ("after 0 retries") as much as a success that needed retries.
+  RINGLOG("vornDmaLagMemberAdd ifname=%s, membername=%sreturned %d after %d retries", ifname,
+          membername, rc, retries);
   if (rc == 0) return 0;
   VORN_DMA_ERROR("vornDmaLagMemberAdd", buf, rc);
   return rc;

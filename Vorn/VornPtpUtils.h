@@ -8,9 +8,9 @@ namespace Hardware::Vorn {
 
 // A PTP clock quality as IEEE 1588 lays it out on the wire (4 bytes).
 struct PtpClockQuality {
-  U8 clockClass;
-  U8 clockAccuracy;
-  U16 offsetScaledLogVariance;  // network byte order
+  U8 clockClass;                // the clock's traceability class
+  U8 clockAccuracy;             // the accuracy code of the time it serves
+  U16 offsetScaledLogVariance;  // its stability, in network byte order
 };
 static_assert(sizeof(PtpClockQuality) == 4);
 

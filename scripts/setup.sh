@@ -8,6 +8,7 @@ packages=(
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   libcli11-dev nlohmann-json3-dev
   iproute2 gcovr valgrind libclang-rt-14-dev pkg-config
+  doxygen help2man dpkg-dev fakeroot lintian man-db
 )
 
 missing=()

@@ -42,8 +42,8 @@ class Value {
   Kind kind() const noexcept { return static_cast<Kind>(rep_.index()); }
 
   // The value as T, or nullopt when it holds another kind. T is bool, an
-  // integral or enumeration type, float or double, String, Name, or Ptr<U>
-  // (a null pointer reads as any Ptr<U>; a non-null one must be a U).
+  // integral or enumeration type, float or double, String, Name, or `Ptr<U>`
+  // (a null pointer reads as any `Ptr<U>`; a non-null one must be a U).
   template <typename T>
   std::optional<T> as() const {
     if constexpr (std::same_as<T, bool>) {

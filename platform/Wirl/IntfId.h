@@ -5,9 +5,9 @@
 //   Wirl::IntfId none;                      // the empty id ("not found")
 //
 // Names it accepts, each number decimal without leading zeros:
-//   Ethernet<n>, Ethernet<n>/<n>, Ethernet<n>/<n>/<n>   (an optional .<sub>)
-//   Port-Channel<n>                                     (an optional .<sub>)
-//   Vlan<1-4094>, Loopback<n>, Management<n>[/<n>], Vxlan<n>
+//   `Ethernet<n>`, `Ethernet<n>/<n>`, `Ethernet<n>/<n>/<n>` (an optional `.<sub>`)
+//   `Port-Channel<n>`                                       (an optional `.<sub>`)
+//   `Vlan<1-4094>`, `Loopback<n>`, `Management<n>[/<n>]`, `Vxlan<n>`
 // Numbers are 0 to 65535, a sub-interface number 1 to 65535. Any other
 // non-empty name throws Wirl::InvalidIntfName; the empty name gives the empty
 // id. The kind tests, the Ethernet module and the sub-interface numbers are
@@ -116,9 +116,9 @@ struct VxlanTunnelIntfId {
 };
 
 // The host network device of an Ethernet or port-channel interface: "et"
-// and the numbers joined by "_" (Ethernet3/1 -> et3_1), or "po" and the
+// and the numbers joined by `_` (Ethernet3/1 -> `et3_1`), or "po" and the
 // number as the driver names LAGs (Port-Channel5 -> po5); a sub-interface
-// keeps its ".<sub>" (et3_1.100). Other kinds have no device: the empty name.
+// keeps its suffix (`et3_1.100`). Other kinds have no device: the empty name.
 Mox::String intfDeviceName(const IntfId& id);
 
 }  // namespace Wirl

@@ -93,16 +93,19 @@ TEST_F(LagCommands, MemberAddWaitsForTheMemberNetdevice) {
   EXPECT_EQ(driver.lags().lags.at(3).members.at(2), "et5");
 }
 
-TEST_F(LagCommands, MemberAddWithoutRetryWritesNoRetryMessage) {
+TEST_F(LagCommands, MemberAddWithoutRetryWritesTheResultOnlyOnRefusal) {
   Ringlog::ScopedMemoryFile ring;
   TraceCapture trace;
+  // At once: no result line.
   EXPECT_EQ(vornDmaLagMemberAdd("PortChannel3", "et1", 0), 0);
-  // Already a member: refused at once, not retried.
+  // Already a member: refused at the first send, not retried, result line.
   EXPECT_EQ(vornDmaLagMemberAdd("PortChannel3", "et1", 0), EEXIST);
   EXPECT_THAT(sleeps(), IsEmpty());
   EXPECT_THAT(ringMessages(ring, "vornDmaLagMemberAdd"),
               ElementsAre("vornDmaLagMemberAdd ifname=PortChannel3, membername=et1, memberId=0",
-                          "vornDmaLagMemberAdd ifname=PortChannel3, membername=et1, memberId=0"));
+                          "vornDmaLagMemberAdd ifname=PortChannel3, membername=et1, memberId=0",
+                          "vornDmaLagMemberAdd ifname=PortChannel3, membername=et1returned 17 "
+                          "after 0 retries"));
   EXPECT_THAT(trace.texts(), ElementsAre("vornDmaLagMemberAdd cmd: lagmember_add PortChannel3 et1 "
                                          "0 error File exists"));
 }

@@ -25,13 +25,13 @@ struct Outcome {
   std::string out, err;
 };
 
-// Runs vornctl with `args` (shell words) on the emulated driver.
-Outcome vornctl(const std::string& args) {
+// Runs vornctl with `args` (shell words) as they are.
+Outcome run(const std::string& args) {
   // ctest runs tests in parallel processes: each run gets a file of its own.
   static int runs = 0;
   std::string errFile = testing::TempDir() + "vornctl-stderr-" + std::to_string(::getpid()) + "-" +
                         std::to_string(++runs) + ".txt";
-  std::string cmd = std::string(VORNCTL_PATH) + " --driver emulated " + args + " 2>" + errFile;
+  std::string cmd = std::string(VORNCTL_PATH) + " " + args + " 2>" + errFile;
   Outcome r;
   FILE* p = popen(cmd.c_str(), "r");
   char buf[4096];
@@ -47,6 +47,11 @@ Outcome vornctl(const std::string& args) {
   return r;
 }
 
+// Runs vornctl with `args` on the emulated driver.
+Outcome vornctl(const std::string& args) {
+  return run("--driver emulated " + args);
+}
+
 std::string expected(const std::string& name) {
   std::ifstream in(std::string(VORN_SOURCE_DIR) + "/tests/tools/expected/" + name);
   std::stringstream ss;
@@ -60,7 +65,8 @@ std::string fixture(const std::string& name) {
 
 // The figures of a run that change from run to run.
 std::string withoutTimes(const std::string& text) {
-  return std::regex_replace(text, std::regex(R"([0-9]+ commands in [0-9.]+ s \([0-9]+ commands/s\))"),
+  return std::regex_replace(text,
+                            std::regex(R"([0-9]+ commands in [0-9.]+ s \([0-9]+ commands/s\))"),
                             "N commands in T s (R commands/s)");
 }
 
@@ -197,7 +203,8 @@ TEST(Vornctl, BringupCheckFailsWhenTheDriverLosesAMember) {
 TEST(Vornctl, DriverRefusalIsExitOneWithTheErrorText) {
   Outcome r = vornctl("--emu-answer devstate=5 bringup");
   EXPECT_EQ(r.status, 1);
-  EXPECT_THAT(r.out, HasSubstr("refused: devstate fap0 up: driver answered 5 (Input/output error)"));
+  EXPECT_THAT(r.out,
+              HasSubstr("refused: devstate fap0 up: driver answered 5 (Input/output error)"));
 }
 
 TEST(Vornctl, BadInputIsExitTwoNamingTheArgument) {
@@ -238,9 +245,40 @@ TEST(Vornctl, EveryCommandHasHelp) {
     EXPECT_EQ(r.status, 0) << cmd;
     EXPECT_THAT(r.out, HasSubstr("Usage")) << cmd;
   }
+  Outcome version = run("--version");
+  EXPECT_EQ(version.status, 0);
+  EXPECT_TRUE(std::regex_match(version.out, std::regex("vornctl [0-9]+\\.[0-9]+\\.[0-9]+\n")))
+      << version.out;
 }
 
-TEST(Vornctl, TraceDecodesARingFile) {
+TEST(Vornctl, GlobalOptionsGoBeforeOrAfterTheCommand) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"--driver emulated --json devices", "devices --json --driver emulated"},
+      {"--json --driver emulated copp --port 18", "copp --port 18 --driver emulated --json"},
+      {"--driver emulated --json id lag --family 2", "id lag --json --family 2 --driver emulated"},
+  };
+  for (const auto& [before, after] : cases) {
+    Outcome a = run(before), b = run(after);
+    EXPECT_EQ(b.status, 0) << after << "\n" << b.err;
+    EXPECT_THAT(a.out, HasSubstr("{")) << before;
+    EXPECT_EQ(a.out, b.out) << after;
+  }
+}
+
+TEST(Vornctl, TraceDecodesTheRingFileABringupKept) {
+  std::string dir = testing::TempDir() + "vornctl-ring-XXXXXX";
+  ASSERT_NE(::mkdtemp(dir.data()), nullptr);
+  Outcome bringup = vornctl("bringup --ring-trace " + dir);
+  std::smatch kept;
+  std::regex_search(bringup.out, kept, std::regex("ring trace: (.*)\n"));
+  Outcome trace = vornctl("trace " + kept.str(1));
+  std::remove(kept.str(1).c_str());
+  ::rmdir(dir.c_str());
+  EXPECT_EQ(bringup.status, 0) << bringup.err;
+  EXPECT_EQ(trace.status, 0) << trace.err;
+  EXPECT_THAT(trace.out, HasSubstr("vornDmaLagMemberAdd ifname=PortChannel1, membername=et1"));
+  EXPECT_THAT(trace.out, HasSubstr("fab_ioctl buf=lagmember_add PortChannel1 et1 0"));
+
   Outcome bad = vornctl("trace " + fixture("listing.txt"));
   EXPECT_EQ(bad.status, 2);
   EXPECT_THAT(bad.err, HasSubstr("not a ring trace file"));

@@ -5,9 +5,11 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 
+#include "Ringlog/RingFile.h"
 #include "Vorn/VornCommonUtils.h"
 #include "Vorn/VornDma.h"
 #include "vornctl/Commands.h"
@@ -48,12 +50,13 @@ std::vector<Step> chipSteps(const SystemPlan& plan) {
   for (const Chip& c : plan.chips) {
     auto ham = Fru::PciHam::pciHamIs(c.pci);
     Mox::String name(c.name.c_str());
-    steps.push_back({"devpresent " + c.name,
-                     [=] { return vornDmaPresent(name, ham) ? 0 : ENODEV; }});
+    steps.push_back(
+        {"devpresent " + c.name, [=] { return vornDmaPresent(name, ham) ? 0 : ENODEV; }});
     steps.push_back({"devname " + c.name, [=] { return vornDmaDeviceRename(name, ham); }});
     steps.push_back({"devparams " + c.name, [=] {
-                       return vornDmaDeviceParam(name, fapTypeJericho, FapId(static_cast<U16>(c.fapId)),
-                                                 c.linecard, 0, 0, 0, 0, 0);
+                       return vornDmaDeviceParam(name, fapTypeJericho,
+                                                 FapId(static_cast<U16>(c.fapId)), c.linecard, 0, 0,
+                                                 0, 0, 0);
                      }});
     steps.push_back({"devstate " + c.name + " up", [=] { return vornDmaDeviceUp(name); }});
   }
@@ -115,14 +118,18 @@ std::vector<PortChannel> portChannels(const std::vector<Port>& ports) {
 
 void hostAndQosSteps(const std::vector<Port>& ports, std::vector<Step>& steps) {
   for (unsigned cos = 0; cos < 8; ++cos)
-    steps.push_back({"vprimap " + std::to_string(cos), [=] { return static_cast<int>(vornDmaSetCosToTc(cos, cos)); }});
+    steps.push_back({"vprimap " + std::to_string(cos),
+                     [=] { return static_cast<int>(vornDmaSetCosToTc(cos, cos)); }});
   for (unsigned tc = 0; tc < 8; ++tc)
-    steps.push_back({"tcmap " + std::to_string(tc), [=] { return static_cast<int>(vornDmaSetTcToCos(tc, tc)); }});
+    steps.push_back({"tcmap " + std::to_string(tc),
+                     [=] { return static_cast<int>(vornDmaSetTcToCos(tc, tc)); }});
   for (unsigned dscp = 0; dscp < 64; ++dscp)
-    steps.push_back({"dscpmap " + std::to_string(dscp), [=] { return static_cast<int>(vornDmaSetDscpToTc(dscp, dscp >> 3)); }});
+    steps.push_back({"dscpmap " + std::to_string(dscp),
+                     [=] { return static_cast<int>(vornDmaSetDscpToTc(dscp, dscp >> 3)); }});
   for (const Port& p : ports)
     steps.push_back({"ifadd " + p.device, [=] {
-                       return vornDmaIfadd(p.device.c_str(), p.sysPort, 0, Mox::String(), false, false, p.mac.c_str());
+                       return vornDmaIfadd(p.device.c_str(), p.sysPort, 0, Mox::String(), false,
+                                           false, p.mac.c_str());
                      }});
 }
 
@@ -132,7 +139,8 @@ void lagSteps(const std::vector<PortChannel>& pcs, std::vector<Step>& steps) {
     int id = 0;
     for (const std::string& m : pc.members)
       steps.push_back({"lagmember_add " + pc.device + " " + m,
-                       [=] { return vornDmaLagMemberAdd(pc.device.c_str(), m.c_str(), id); }}), ++id;
+                       [=] { return vornDmaLagMemberAdd(pc.device.c_str(), m.c_str(), id); }}),
+          ++id;
     for (const std::string& m : pc.configMembers)
       steps.push_back({"lagmemberconfig_add " + pc.device + " " + m,
                        [=] { return vornDmaLagMemberConfigAdd(pc.device.c_str(), m.c_str()); }});
@@ -153,10 +161,12 @@ std::vector<std::string> checkLags(const VornDmaLags& table, const std::vector<P
     for (std::size_t i = 0; i < pc.members.size(); ++i) {
       const LagMemberDevice* m = lag->lagMemberDevice(Mox::String(pc.members[i].c_str()));
       if (!m || m->memberId().value() != i)
-        problems.push_back(name + " lacks member " + pc.members[i] + " with id " + std::to_string(i));
+        problems.push_back(name + " lacks member " + pc.members[i] + " with id " +
+                           std::to_string(i));
     }
     if (lag->lagMemberDevices().size() != pc.members.size())
-      problems.push_back(name + " lists " + std::to_string(lag->lagMemberDevices().size()) + " members");
+      problems.push_back(name + " lists " + std::to_string(lag->lagMemberDevices().size()) +
+                         " members");
     for (const std::string& c : pc.configMembers)
       if (!lag->lagMemberConfig(Mox::String(c.c_str())))
         problems.push_back(name + " lacks config member " + c);
@@ -176,7 +186,18 @@ void progress(std::size_t done, std::size_t total) {
   std::fflush(stdout);
 }
 
-int runBringup(Context& ctx, bool chassis, unsigned linecards, bool showCommands) {
+// Makes the run's post-mortem ring file in `dir` (made when missing) and
+// returns its path; the file stays for `vornctl trace`.
+std::string openRingTrace(const std::string& dir) {
+  ::setenv("VORN_RINGLOG_DIR", dir.c_str(), 1);
+  Ringlog::RingFile* ring = Ringlog::openDefaultRingFile("vornctl-bringup");
+  if (!ring) throw BadInput("--ring-trace", dir + ": cannot make a ring file there");
+  return ring->path();
+}
+
+int runBringup(Context& ctx, bool chassis, unsigned linecards, bool showCommands,
+               const std::string& ringDir) {
+  std::string ringPath = ringDir.empty() ? std::string() : openRingTrace(ringDir);
   ctx.useDriver();
   SystemPlan plan = planSystem(chassis, linecards);
   if (Emu::FabricDriver* emu = ctx.emulator())
@@ -233,6 +254,7 @@ int runBringup(Context& ctx, bool chassis, unsigned linecards, bool showCommands
     doc["ports"] = ports.size();
     doc["lags"] = lagTableJson(*lags);
     doc["lagCheck"] = lagProblems.empty() ? nlohmann::json("passed") : nlohmann::json(lagProblems);
+    if (!ringPath.empty()) doc["ringTrace"] = ringPath;
     ctx.printJson(doc);
   } else {
     std::printf("system: %s, %zu chips\n", chassis ? "chassis" : "fixed", plan.chips.size());
@@ -245,8 +267,13 @@ int runBringup(Context& ctx, bool chassis, unsigned linecards, bool showCommands
     std::printf("%zu commands in %.3f s (%.0f commands/s); answers:", steps.size(), seconds,
                 seconds > 0 ? steps.size() / seconds : 0.0);
     for (auto [rc, n] : answers)
-      std::printf(" %d%s%s: %u", rc, rc ? " " : "", rc > 0 ? std::strerror(rc) : rc < 0 ? "check failed" : "", n);
+      std::printf(" %d%s%s: %u", rc, rc ? " " : "",
+                  rc > 0   ? std::strerror(rc)
+                  : rc < 0 ? "check failed"
+                           : "",
+                  n);
     std::printf("\n");
+    if (!ringPath.empty()) std::printf("ring trace: %s\n", ringPath.c_str());
   }
   return failures.empty() && lagProblems.empty() ? kOk : kRefused;
 }
@@ -258,6 +285,7 @@ void addBringup(CLI::App& app, Action& action) {
   static std::string system = "fixed";
   static unsigned linecards = 2;
   static bool showCommands = false;
+  static std::string ringDir;
   cmd->add_option("--system", system, "fixed or chassis")
       ->check(CLI::IsMember({"fixed", "chassis"}))
       ->capture_default_str();
@@ -265,8 +293,14 @@ void addBringup(CLI::App& app, Action& action) {
       ->check(CLI::Range(1u, 16u))
       ->capture_default_str();
   cmd->add_flag("--show-commands", showCommands, "print each driver command and its answer");
+  cmd->add_option(
+         "--ring-trace", ringDir,
+         "keep the run's ring trace in DIR and print its path (read it with vornctl trace)")
+      ->type_name("DIR");
   cmd->callback([&action] {
-    action = [](Context& ctx) { return runBringup(ctx, system == "chassis", linecards, showCommands); };
+    action = [](Context& ctx) {
+      return runBringup(ctx, system == "chassis", linecards, showCommands, ringDir);
+    };
   });
 }
 

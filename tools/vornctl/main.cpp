@@ -8,11 +8,17 @@
 #include "vornctl/Commands.h"
 
 int main(int argc, char** argv) {
-  CLI::App app{"vornctl: the Vorn hardware-support library's jobs by hand"};
+  CLI::App app{"vornctl: the Vorn hardware-support library's jobs by hand", "vornctl"};
   app.require_subcommand(1);
+  // The global options go before or after the command, as people type them:
+  // every subcommand hands the options it does not know to the application.
+  app.fallthrough();
+  app.set_version_flag("--version", "vornctl " VORN_VERSION);
+  app.set_help_all_flag("--help-all", "print the help of every command and exit");
   std::string driver = "auto";
   bool json = false;
-  app.add_option("--driver", driver, "the driver: auto (the kernel's when /dev/fabric is present), kernel or emulated")
+  app.add_option("--driver", driver,
+                 "the driver: auto (the kernel's when /dev/fabric is present), kernel or emulated")
       ->check(CLI::IsMember({"auto", "kernel", "emulated"}))
       ->capture_default_str();
   app.add_flag("--json", json, "one JSON document on standard output, for scripts");
@@ -36,6 +42,8 @@ int main(int argc, char** argv) {
     return app.exit(e);
   } catch (const CLI::CallForAllHelp& e) {
     return app.exit(e);
+  } catch (const CLI::CallForVersion& e) {
+    return app.exit(e);
   } catch (const CLI::ParseError& e) {
     // Name a mistyped command rather than only saying one is missing.
     for (int i = 1; i < argc; ++i) {
@@ -51,7 +59,8 @@ int main(int argc, char** argv) {
         known = known || sub->get_name() == word;
       }
       if (!known) {
-        std::fprintf(stderr, "vornctl: %s: not a command (commands: %s)\n", word.c_str(), names.c_str());
+        std::fprintf(stderr, "vornctl: %s: not a command (commands: %s)\n", word.c_str(),
+                     names.c_str());
         return vornctl::kBadInput;
       }
       break;
