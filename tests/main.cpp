@@ -5,10 +5,14 @@
 // Every scratch file of a run goes below one directory, made here and handed
 // down through TMPDIR: a death-test child ends without running its
 // destructors, so whatever it made is removed by the process that made the
-// directory, when its tests are done.
+// directory, when its tests are done. The aborts the death tests provoke
+// leave no core files (qemu's user-mode emulator, which runs the 32-bit
+// programs on some machines, would write one per abort into the working
+// directory).
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 
 #include <filesystem>
 #include <string>
@@ -16,6 +20,8 @@
 int main(int argc, char** argv) {
   testing::InitGoogleMock(&argc, argv);
   GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const rlimit noCore{0, 0};
+  setrlimit(RLIMIT_CORE, &noCore);
 
   std::string scratch;
   if (!getenv("VORN_TEST_SCRATCH")) {
