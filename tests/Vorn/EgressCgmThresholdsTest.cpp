@@ -1,7 +1,7 @@
 // The congestion manager's thresholds: the split of the buffers and
-// descriptors between unicast and multicast, the SP0 limits, the per-class
-// multicast shares, and the reserved multicast descriptors per speed.
-#include <gmock/gmock.h>
+// descriptors between unicast and multicast, the SP0 limits and the
+// per-class multicast shares; and the shipped chip tables against what the
+// generator needs of them.
 #include <gtest/gtest.h>
 
 #include "Vorn/EgressTestSupport.h"
@@ -11,21 +11,30 @@ using VornTest::EgressSystem;
 using VornTest::kP0;
 using VornTest::kP1;
 using VornTest::ScopedEgressChipTables;
-using VornTest::smAssertion;
 using VornTest::uniformTables;
 
 namespace {
 
-TEST(CgmThresholds, AnOddBufferTotalGivesMulticastTheOddBuffer) {
+// Multicast gets the odd buffer and every descriptor unicast did not take;
+// each class a share of it in single precision: 0.76f x 4000 rounds to
+// exactly 3040 (in double it would truncate to 3039).
+TEST(CgmThresholds, AnOddBufferTotalAndTheClassShares) {
   ScopedEgressChipTables tables(uniformTables(2001, 5000, 20000, 4096, 4, 2));
   EgressSystem sys({fapRevMajor3, fapRevMajor8});
   sys.build();
   for (auto p : {kP0, kP1}) {
     EgressBufThresholds::Ptr thr = sys.thresholds(p);
     EXPECT_EQ(thr->globalUcThresholds(), (EgressResource{1000, 1000}));
-    // Multicast keeps every descriptor that unicast did not take.
     EXPECT_EQ(thr->globalMcThresholds(), (EgressResource{1001, 4000}));
+    const auto& perTc = thr->sp0McPerTcThresholds();
+    EXPECT_EQ(*perTc.find(TrafficClassId(0)), (EgressResource{760, 3040}));
+    EXPECT_EQ(*perTc.find(TrafficClassId(7)), thr->globalMcThresholds());
   }
+  // Fewer descriptors than unicast's half wrap.
+  ScopedEgressChipTables few(uniformTables(2000, 900, 20000, 4096, 4, 2));
+  EgressSystem wrapped({fapRevMajor3});
+  wrapped.build();
+  EXPECT_EQ(wrapped.thresholds(kP0)->globalMcThresholds().pd, 900u - 1000u);
 }
 
 TEST(CgmThresholds, TheTotalsAreTheSmallestOfTheProfilesRevisions) {
@@ -43,21 +52,11 @@ TEST(CgmThresholds, TheTotalsAreTheSmallestOfTheProfilesRevisions) {
   sys.build();
   EXPECT_EQ(sys.thresholds(kP0)->globalMcThresholds(), (EgressResource{1000, 7000 - 1000}));
   EXPECT_EQ(sys.thresholds(kP1)->globalMcThresholds(), (EgressResource{500, 6000 - 500}));
-}
-
-TEST(CgmThresholds, FewerDescriptorsThanHalfTheBuffersWrap) {
-  ScopedEgressChipTables tables(uniformTables(2000, 900, 20000, 4096, 4, 2));
-  EgressSystem sys({fapRevMajor3});
-  auto sm = sys.build();
-  EXPECT_EQ(sys.thresholds(kP0)->globalMcThresholds().pd, 900u - 1000u);
-}
-
-TEST(CgmThresholds, AProfileWithoutRevisionsTakesTheLoopsStartValue) {
-  // Profile 1 has no revision here: its totals are 0xFFFFFFFF, used as they
-  // are, and 16-bit buffer counts keep their low bits.
-  EgressSystem sys({fapRevMajor3});
-  sys.build();
-  EgressBufThresholds::Ptr thr = sys.thresholds(kP1);
+  // A profile without revisions takes the loop's start value, 0xFFFFFFFF, as
+  // it is; 16-bit buffer counts keep their low bits.
+  EgressSystem one({fapRevMajor3});
+  one.build();
+  EgressBufThresholds::Ptr thr = one.thresholds(kP1);
   EXPECT_EQ(thr->globalUcThresholds(), (EgressResource{0xFFFF, 0x7FFFFFFF}));
   EXPECT_EQ(thr->globalMcThresholds(), (EgressResource{0, 0x80000000}));
   EXPECT_EQ(thr->sp0MaxReservedThresholds().pd, 12288u);
@@ -65,42 +64,18 @@ TEST(CgmThresholds, AProfileWithoutRevisionsTakesTheLoopsStartValue) {
 
 TEST(CgmThresholds, Sp0ReservedDescriptorsAreCappedPerProfile) {
   struct Case {
-    U32 maxReserved;
-    U32 profile0;
-    U32 profile1;
+    U32 maxReserved, profile0, profile1;
   };
   for (const Case& c : {Case{20000, 6144, 12288}, Case{5000, 5000, 5000}, Case{6144, 6144, 6144},
                         Case{12288, 6144, 12288}}) {
-    SCOPED_TRACE(c.maxReserved);
     ScopedEgressChipTables tables(uniformTables(4000, 8000, c.maxReserved, 4096, 4, 2));
     EgressSystem sys({fapRevMajor4, fapRevMajor7});
     sys.build();
-    EXPECT_EQ(sys.thresholds(kP0)->sp0MaxReservedThresholds(), (EgressResource{1200, c.profile0}));
-    EXPECT_EQ(sys.thresholds(kP1)->sp0MaxReservedThresholds(), (EgressResource{1200, c.profile1}));
+    EXPECT_EQ(sys.thresholds(kP0)->sp0MaxReservedThresholds(), (EgressResource{1200, c.profile0}))
+        << c.maxReserved;
+    EXPECT_EQ(sys.thresholds(kP1)->sp0MaxReservedThresholds(), (EgressResource{1200, c.profile1}))
+        << c.maxReserved;
   }
-}
-
-TEST(CgmThresholds, EachTrafficClassGetsItsShareOfTheMulticastLimits) {
-  // Multicast gets 1001 buffers and 4000 descriptors.
-  ScopedEgressChipTables tables(uniformTables(2001, 5000, 20000, 4096, 4, 2));
-  EgressSystem sys({fapRevMajor3});
-  sys.build();
-  EgressBufThresholds::Ptr thr = sys.thresholds(kP0);
-  const auto& perTc = thr->sp0McPerTcThresholds();
-  ASSERT_EQ(perTc.size(), 8u);
-  // Class 7 gets all of it; class 0 76 %, truncated: 760.76 buffers. In single
-  // precision 0.76f x 4000 rounds to exactly 3040 (in double it would be
-  // 3039.99996 and truncate to 3039).
-  EXPECT_EQ(*perTc.find(TrafficClassId(7)), thr->globalMcThresholds());
-  EXPECT_EQ(*perTc.find(TrafficClassId(0)), (EgressResource{760, 3040}));
-  EXPECT_EQ(*perTc.find(TrafficClassId(6)), (EgressResource{950, 3800}));
-  for (U8 tc = 0; tc < 8; ++tc) {
-    SCOPED_TRACE(int{tc});
-    EXPECT_EQ(perTc.find(TrafficClassId(tc))->db, VornTest::singleScaled(1001, tcMaxRatioSp[tc]));
-    EXPECT_EQ(perTc.find(TrafficClassId(tc))->pd, VornTest::singleScaled(4000, tcMaxRatioSp[tc]));
-  }
-  EXPECT_THAT(tcMaxRatioSp,
-              testing::ElementsAre(0.76f, 0.79f, 0.82f, 0.85f, 0.88f, 0.91f, 0.95f, 1.0f));
 }
 
 TEST(CgmThresholds, TheExportedRatioTableIsRead) {
@@ -114,30 +89,29 @@ TEST(CgmThresholds, TheExportedRatioTableIsRead) {
             (EgressResource{500, 2000}));
 }
 
-TEST(ReservedMcPdFromSpeed, FactorPerSpeedTimesTheUnit) {
-  EgressSystem sys({fapRevMajor3}, Redundancy::redundancyModeStandby);
-  auto sm = sys.build();
-  const std::pair<Interface::EthSpeed, U32> expected[] = {
-      {Interface::speed100Mbps, 160},  {Interface::speed10Gbps, 160},
-      {Interface::speed25Gbps, 320},   {Interface::speed40Gbps, 640},
-      {Interface::speed50Gbps, 800},   {Interface::speed100Gbps, 1600},
-      {Interface::speed200Gbps, 3200}, {Interface::speed400Gbps, 3200}};
-  for (const auto& [speed, pd] : expected) EXPECT_EQ(sm->reservedMcPdFromSpeed(speed), pd) << speed;
+constexpr FapRevMajor kRevisions[] = {fapRevMajor1, fapRevMajor2, fapRevMajor3,
+                                      fapRevMajor4, fapRevMajor5, fapRevMajor6,
+                                      fapRevMajor7, fapRevMajor8, fapRevMajor9};
 
-  EgressBufferParameters params;
-  params.reservedMcPdPerSpeedUnit = 255;
-  sys.config = CliConfig::Ptr(new CliConfig());
-  sys.config->egressBufferParametersIs(params);
-  EXPECT_EQ(sys.build()->reservedMcPdFromSpeed(Interface::speed400Gbps), 20u * 255u);
-}
-
-TEST(ReservedMcPdFromSpeedDeath, SpeedsWithoutAFactorAbort) {
-  EgressSystem sys({fapRevMajor3}, Redundancy::redundancyModeStandby);
-  auto sm = sys.build();
-  for (U32 ordinal : {0u, 1u, 3u, 4u, 5u, 13u, 0xFFFFFFFFu}) {
-    SCOPED_TRACE(ordinal);
-    EXPECT_DEATH(sm->reservedMcPdFromSpeed(static_cast<Interface::EthSpeed>(ordinal)),
-                 smAssertion(189, "false && \"Invalid Speed\""));
+// Unicast's half of every revision's buffers fits a 16-bit count and its
+// descriptors cover it; every revision, alone or with another, generates
+// both profiles completely without a failed check.
+TEST(EgressChipTables, EveryRevisionAndPairGenerates) {
+  const EgressChipTables& t = defaultEgressChipTables();
+  for (FapRevMajor a : kRevisions) {
+    EXPECT_LE(t.totalBuffers[a] - t.totalBuffers[a] / 2, 0xFFFFu) << a;
+    EXPECT_GT(t.totalDescriptors[a], t.totalBuffers[a] / 2) << a;
+    EXPECT_GT(t.maxDescriptorsPerQueue[a], 0u) << a;
+    for (FapRevMajor b : kRevisions) {
+      if (b < a) continue;
+      EgressSystem sys({a, b});
+      EXPECT_TRUE(sys.build()->initialized());
+      EXPECT_EQ(sys.status->version(), 1u);
+      for (auto p : {kP0, kP1}) {
+        ASSERT_TRUE(sys.thresholds(p));
+        EXPECT_EQ(sys.thresholds(p)->egressProfiles().size(), 11u) << a << " and " << b;
+      }
+    }
   }
 }
 
