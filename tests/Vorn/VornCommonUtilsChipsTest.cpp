@@ -38,18 +38,17 @@ CATALOGUE_TEST(FapMaskTypeDeathTest, FollowsFamilyAndRevision, "getFapMaskType")
 
 CATALOGUE_TEST(ChipTypeDeathTest, OfEachFapMaskTypeAndItsCores, "getChipTypeFromFapMaskType",
                "chipTypeToNumCores") {
-  const std::pair<U32, U32> rows[] = {{1, 2}, {2, 3},  {3, 5},  {4, 8},
-                                      {5, 6}, {6, 10}, {7, 13}, {10, 2}};
+  const std::pair<U32, U32> rows[] = {{1, 2}, {4, 8}, {5, 6}, {7, 13}, {10, 2}};
   for (auto [mask, chip] : rows)
     EXPECT_EQ(getChipTypeFromFapMaskType(static_cast<FapMaskType>(mask)), chip) << mask;
   for (U32 mask : {0u, 8u, 11u})
     EXPECT_DEATH(getChipTypeFromFapMaskType(static_cast<FapMaskType>(mask)),
                  failedAssertion("0 && \"Invalid FapMaskType\""))
         << mask;
-  for (U32 one : {1, 2, 3, 6, 7, 13})
-    EXPECT_EQ(chipTypeToNumCores(static_cast<Hardware::ChipType>(one)), 1) << one;
-  for (U32 two : {4, 5, 8, 9, 10, 11, 12})
-    EXPECT_EQ(chipTypeToNumCores(static_cast<Hardware::ChipType>(two)), 2) << two;
+  for (U32 chip : {1, 3, 4, 7, 12, 13})
+    EXPECT_EQ(chipTypeToNumCores(static_cast<Hardware::ChipType>(chip)),
+              chip == 4 || chip == 12 ? 2 : 1)
+        << chip;
   for (U32 chip : {0u, 14u})
     EXPECT_DEATH(chipTypeToNumCores(static_cast<Hardware::ChipType>(chip)),
                  failedAssertion("0 && \"Invalid ChipType\""))
@@ -101,11 +100,9 @@ CATALOGUE_TEST(SystemFapMask, HoldsEveryFapBelowTheCount, "maxFapsInSystemMask")
     EXPECT_EQ(maxFapsInSystemMask(status), want) << count;
   }
   // Beyond 129 the walk stops at the first id the mask cannot hold.
-  for (U32 count : {130u, UINT_MAX}) {
-    status->maxFapsInSystemIs(count);
-    VornTest::expectRangeText([&] { maxFapsInSystemMask(status); },
-                              "FapId::value < FapId::min or > FapId::null not allowed");
-  }
+  status->maxFapsInSystemIs(130);
+  VornTest::expectRangeText([&] { maxFapsInSystemMask(status); },
+                            "FapId::value < FapId::min or > FapId::null not allowed");
 }
 
 // Crosswise and scaled by unit; scaling wraps in 32 bits.

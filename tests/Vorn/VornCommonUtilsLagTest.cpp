@@ -65,8 +65,6 @@ CATALOGUE_TEST(LagEncodingsDeathTest, BitsOfEachMode, "lagIdBitsForMode", "membe
   const auto mode6 = static_cast<LagMode>(6);
   EXPECT_DEATH(lagIdBitsForMode(fapTypePetra, mode6), bits);
   EXPECT_DEATH(lagIdBitsForMode(static_cast<FapType>(4), lagMode0), bits);
-  EXPECT_DEATH(lagIdBitsForMode(fapTypeUnknown_, lagMode0), bits);
-  EXPECT_DEATH(lagIdMaskForMode(fapTypeArad, mode6), bits);
   EXPECT_DEATH(memberIdBitsForMode(fapTypeArad, mode6), bits);
   EXPECT_DEATH(memberIdBitsForMode(fapTypeUnknown_, lagMode0), known);
   EXPECT_DEATH(maxMemberIdsForMode(fapTypeJericho, static_cast<LagMode>(UINT_MAX)), bits);
@@ -96,9 +94,7 @@ CATALOGUE_TEST(LagEncodings, ChoicesToDestinations, "lagToDestination") {
   for (U16 v : {U16{7}, U16{0}, U16{0xFFFE}, U16{0xFFFF}}) {
     lag.lagId = v;
     const DestinationId d = lagToDestination(lag);
-    EXPECT_EQ(d.destination, v);
-    EXPECT_EQ(d.type, destinationTypeLag);
-    EXPECT_FALSE(d.flag1 || d.flag2);
+    EXPECT_TRUE(d.destination == v && d.type == destinationTypeLag && !d.flag1 && !d.flag2) << v;
   }
   LagDestinationId plain;
   plain.isDestination = true;
@@ -106,8 +102,7 @@ CATALOGUE_TEST(LagEncodings, ChoicesToDestinations, "lagToDestination") {
   for (U32 v : {0u, 0xFFFFu, 0x200000u}) {
     plain.destination = v;
     const DestinationId d = lagToDestination(plain);
-    EXPECT_EQ(d.destination, v);
-    EXPECT_EQ(d.type, destinationTypeDirect);
+    EXPECT_TRUE(d.destination == v && d.type == destinationTypeDirect) << v;
   }
   for (U32 v : {0x200001u, UINT_MAX}) {
     plain.destination = v;

@@ -61,15 +61,27 @@ CATALOGUE_TEST(SupportedRevisions, FilteredByFamilyInAscendingOrder, "supportedF
   EXPECT_NE(supportedFapRevMajors(status, fapTypeArad), supportedFapRevMajors(status, fapTypeArad));
 }
 
-// A family with two revisions, or none, has no one revision; without any
-// revision the system cannot be bounded.
-CATALOGUE_TEST(SupportedRevisionsDeathTest, TheOneRevisionOfAFamily,
+// A family with two revisions, or none, has no one revision; a family
+// without revisions is bounded by the start values; without any revision
+// the system cannot be bounded.
+CATALOGUE_TEST(SupportedRevisionsDeathTest, TheOneRevisionAndTheBoundsOfAFamily,
                "maybeGetFapRevMajorFromFapType", "maxForFapRevMajors", "minForFapRevMajors",
                "minForFapRevMajorsPerEgrThreshProf") {
   Status::PtrConst status = mixedSystem();
   EXPECT_EQ(maybeGetFapRevMajorFromFapType(status, fapTypeArad), fapRevMajor3);
   EXPECT_EQ(maybeGetFapRevMajorFromFapType(status, fapTypePetra), fapRevMajorUnknown_);
   EXPECT_EQ(maybeGetFapRevMajorFromFapType(status, kNoFamily), fapRevMajorUnknown_);
+  // Bounds over the status's revisions of a family, or of all.
+  EXPECT_EQ(maxForFapRevMajors(status, fapTypeUnknown_, tenTimes), 80u);
+  EXPECT_EQ(minForFapRevMajors(status, fapTypeUnknown_, tenTimes), 10u);
+  EXPECT_EQ(maxForFapRevMajors(status, fapTypePetra, tenTimes), 20u);
+  EXPECT_EQ(minForFapRevMajors(status, fapTypeJericho, tenTimes), 60u);
+  EXPECT_EQ(maxForFapRevMajors(status, kNoFamily, tenTimes), 0u);
+  EXPECT_EQ(minForFapRevMajors(status, kNoFamily, tenTimes), kNone);
+  EXPECT_EQ(minForFapRevMajorsPerEgrThreshProf(kP1, status, fapTypeUnknown_, tenTimes), 80u);
+  EXPECT_EQ(minForFapRevMajorsPerEgrThreshProf(kP0, status, fapTypeJericho, tenTimes), 60u);
+  EXPECT_EQ(minForFapRevMajorsPerEgrThreshProf(kP1, status, fapTypeArad, tenTimes), kNone);
+  EXPECT_THROW(maxForFapRevMajors(status, fapTypeArad, FapRevMajorFn()), std::bad_function_call);
   Status::PtrConst empty(new Status());
   const std::string pattern = failedAssertion("vornStatus->supportedFapRevMajors() > 0");
   EXPECT_DEATH(maybeGetFapRevMajorFromFapType(empty, fapTypeArad), pattern);
@@ -108,21 +120,6 @@ CATALOGUE_TEST(RevisionLoops, MaxAndMinOverTheList, "fapRevMajorLoopMax", "fapRe
             kNone);
   EXPECT_THROW(fapRevMajorLoopMax(list, FapRevMajorFn()), std::bad_function_call);
   EXPECT_THROW(fapRevMajorLoopMin(list, FapRevMajorFn()), std::bad_function_call);
-}
-
-TEST(RevisionBounds, OverTheStatusRevisionsOfAFamily) {
-  Status::PtrConst status = mixedSystem();
-  EXPECT_EQ(maxForFapRevMajors(status, fapTypeUnknown_, tenTimes), 80u);
-  EXPECT_EQ(minForFapRevMajors(status, fapTypeUnknown_, tenTimes), 10u);
-  EXPECT_EQ(maxForFapRevMajors(status, fapTypePetra, tenTimes), 20u);
-  EXPECT_EQ(minForFapRevMajors(status, fapTypeJericho, tenTimes), 60u);
-  EXPECT_EQ(maxForFapRevMajors(status, kNoFamily, tenTimes), 0u);
-  EXPECT_EQ(minForFapRevMajors(status, kNoFamily, tenTimes), kNone);
-  EXPECT_EQ(minForFapRevMajorsPerEgrThreshProf(kP1, status, fapTypeUnknown_, tenTimes), 80u);
-  EXPECT_EQ(minForFapRevMajorsPerEgrThreshProf(kP0, status, fapTypeJericho, tenTimes), 60u);
-  EXPECT_EQ(minForFapRevMajorsPerEgrThreshProf(kP1, status, fapTypeArad, tenTimes), kNone);
-  EXPECT_THROW(maxForFapRevMajors(status, fapTypeArad, FapRevMajorFn()), std::bad_function_call);
-  EXPECT_THROW(minForFapRevMajors(status, fapTypeArad, FapRevMajorFn()), std::bad_function_call);
 }
 
 CATALOGUE_TEST(PortMaximaDeathTest, OfEachRevision, "maxFapPortIdsByFapRevMajor",

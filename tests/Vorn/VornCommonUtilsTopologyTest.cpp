@@ -29,7 +29,6 @@ CATALOGUE_TEST(Cores, SystemCoreFromTheFapsBase, "systemCoreId") {
   Status::Ptr status(new Status());
   status->fapIdToBaseSystemCoreId().is(FapId(2), SystemCoreId(4));
   status->fapIdToBaseSystemCoreId().is(FapId(3), SystemCoreId(2047));
-  EXPECT_EQ(systemCoreId(status, FapId(2), LocalCoreId(0)), SystemCoreId(4));
   EXPECT_EQ(systemCoreId(status, FapId(2), LocalCoreId(1)), SystemCoreId(5));
   EXPECT_EQ(systemCoreId(status, FapId(3), LocalCoreId(1)), SystemCoreId(2048));
   expectRangeText([&] { systemCoreId(status, FapId(3), LocalCoreId(2)); }, kCoreRange);
@@ -114,7 +113,6 @@ CATALOGUE_TEST(TcamsDeathTest, SystemTcamIds, "fapLocalTcamIdToSystemTcamId",
 TEST(Tcams, RangeOfTheLayout) {
   Status::Ptr status(new Status());
   status->maxFapsInSystemIs(1000);
-  status->maxTcamsInSystemIs(2048);
   EXPECT_EQ(fapLocalTcamIdToSystemTcamId(status, FapId(48), LocalTcamId(2)), SystemTcamId(2048));
   expectRangeText([&] { fapLocalTcamIdToSystemTcamId(status, FapId(49), LocalTcamId(2)); },
                   kTcamRange);
