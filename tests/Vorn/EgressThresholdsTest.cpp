@@ -1,10 +1,6 @@
-// The thresholds the egress buffering machine generates. The congestion
-// manager's: the split of buffers and descriptors between unicast and
-// multicast, the SP0 limits and the per-class multicast shares. The egress
-// queues': flow-control shares, multicast shares per drop precedence, the
-// special profiles 5, 6, 8 and 9, and the checks that stop a queue from
-// reaching its port's flow-control threshold. And the shipped chip tables
-// against what the generator needs of them.
+// The thresholds the egress buffering machine generates, in the cases the
+// shipped chip tables do not reach, and the shipped tables against what the
+// generator needs of them.
 #include <gtest/gtest.h>
 
 #include <climits>

@@ -87,10 +87,6 @@ CATALOGUE_TEST_F(CoppDeathTest, EveryPortGetsItsClassFieldByField, "doGetAradCop
     for (const ExpectedClass& e : kExpected)
       for (U16 port : e.ports) expectPort(e, port, special && port > 7 && port < 64);
   }
-  // The platform's own special ports are the classes with a special-port row.
-  SystemPhyPortId::specialCpuPortsIs(saved_);
-  for (const ExpectedClass& e : kExpected)
-    for (U16 port : e.ports) expectPort(e, port, port > 7 && e.spIndex != kBlank);
   for (U16 port : {8, 11, 23, 54, 63, 65}) {
     EXPECT_DEATH(
         {

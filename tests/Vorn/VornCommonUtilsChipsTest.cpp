@@ -107,17 +107,12 @@ CATALOGUE_TEST(SystemFapMask, HoldsEveryFapBelowTheCount, "maxFapsInSystemMask")
 
 // Crosswise and scaled by unit; scaling wraps in 32 bits.
 CATALOGUE_TEST(ThresholdsInBytesDeathTest, AreCrosswiseAndScaledByUnit, "getThresholdsInBytes") {
-  const std::pair<Qos::QueueThresholdUnit, U32> units[] = {{Qos::queueThresholdUnitBytes, 1},
-                                                           {Qos::queueThresholdUnitKbytes, 1000},
-                                                           {Qos::queueThresholdUnitMbytes, 1000000},
-                                                           {Qos::queueThresholdUnitPackets, 1}};
-  for (const auto& [unit, scale] : units) {
-    U32 a = 0, b = 0;
-    getThresholdsInBytes(10, 20, a, b, unit);
-    EXPECT_EQ(a, 20 * scale) << unit;
-    EXPECT_EQ(b, 10 * scale) << unit;
-  }
   U32 a = 0, b = 0;
+  const U32 scales[] = {1, 1000, 1000000, 1};  // bytes, kB, MB, packets
+  for (U32 unit = 0; unit < 4; ++unit) {
+    getThresholdsInBytes(10, 20, a, b, static_cast<Qos::QueueThresholdUnit>(unit));
+    EXPECT_TRUE(a == 20 * scales[unit] && b == 10 * scales[unit]) << unit;
+  }
   getThresholdsInBytes(UINT_MAX, 5000, a, b, Qos::queueThresholdUnitMbytes);
   EXPECT_EQ(a, U32(5000ull * 1000000ull));
   EXPECT_EQ(b, U32(UINT_MAX * 1000000ull));

@@ -95,7 +95,6 @@ CATALOGUE_TEST(RevisionLoops, MaxAndMinOverTheList, "fapRevMajorLoopMax", "fapRe
   FapRevMajorList::Ptr list = fapRevMajorListFactory();
   EXPECT_EQ(fapRevMajorLoopMax(list, tenTimes), 0u);
   EXPECT_EQ(fapRevMajorLoopMin(list, tenTimes), kNone);
-  EXPECT_EQ(fapRevMajorLoopMax(nullptr, tenTimes), 0u);
   EXPECT_EQ(fapRevMajorLoopMin(nullptr, tenTimes), kNone);
   EXPECT_EQ(fapRevMajorLoopMinPerEgrThreshProf(kP0, nullptr, tenTimes), kNone);
   EXPECT_EQ(fapRevMajorLoopMax(nullptr, FapRevMajorFn()), 0u);  // never called over nothing
@@ -115,10 +114,8 @@ CATALOGUE_TEST(RevisionLoops, MaxAndMinOverTheList, "fapRevMajorLoopMax", "fapRe
   EXPECT_EQ(fapRevMajorLoopMinPerEgrThreshProf(kP0, list, record), 95u);
   EXPECT_EQ(fapRevMajorLoopMinPerEgrThreshProf(kP1, list, record), 91u);
   EXPECT_THAT(seen, ElementsAre(fapRevMajor3, fapRevMajor5, fapRevMajor7, fapRevMajor9));
-  EXPECT_EQ(fapRevMajorLoopMinPerEgrThreshProf(static_cast<EgressBufThresholdsProfile>(kNone), list,
-                                               tenTimes),
-            kNone);
-  EXPECT_THROW(fapRevMajorLoopMax(list, FapRevMajorFn()), std::bad_function_call);
+  const auto noProfile = static_cast<EgressBufThresholdsProfile>(kNone);
+  EXPECT_EQ(fapRevMajorLoopMinPerEgrThreshProf(noProfile, list, tenTimes), kNone);
   EXPECT_THROW(fapRevMajorLoopMin(list, FapRevMajorFn()), std::bad_function_call);
 }
 
