@@ -107,10 +107,9 @@ EgressChipTables twelvePorts() {
 }
 
 // Ports start flow control at half their discard threshold; queues at 55 %
-// on the 100G, 200G and 400G profiles and 34 % elsewhere. Profiles outside 5
-// to 16 take the plain ratios. (16, "no profile", is left out of the queue
-// ratio: it is what the type library answers for a large front-panel speed a
-// threshold profile does not have, and then it takes that speed's ratio.)
+// on the 100G, 200G and 400G profiles and 34 % elsewhere, profiles outside 5
+// to 15 included. (16, "no profile", takes the queue ratio of the speed the
+// type library answered it for.)
 CATALOGUE_TEST(EgqThresholds, FlowControlRatios, "getPortFlowControlToDiscardRatio",
                "getQueueFlowControlToDiscardRatio") {
   for (U32 prof : {0u, 4u, 5u, 6u, 7u, 8u, 9u, 10u, 11u, 12u, 13u, 14u, 15u, 16u, 17u, UINT_MAX}) {

@@ -20,10 +20,8 @@ constexpr const char kLagRange[] = "LagId::value < LagId::min or > LagId::null n
 CATALOGUE_TEST(LagEncodingsDeathTest, SystemAggregatePortIds, "lagIdToSysAggrPortId",
                "sysAggrPortIdToLagId") {
   for (FapType t : kFamilies) {
-    EXPECT_EQ(lagIdToSysAggrPortId(t, LagId(5)), 0x8005u);
     EXPECT_EQ(lagIdToSysAggrPortId(t, LagId(0)), 0x8000u);
     EXPECT_EQ(lagIdToSysAggrPortId(t, LagId()), 0x8400u);
-    EXPECT_EQ(sysAggrPortIdToLagId(t, 0x8005), LagId(5));
     EXPECT_EQ(sysAggrPortIdToLagId(t, 0x8000), LagId(0));
     EXPECT_EQ(sysAggrPortIdToLagId(t, 0x83FF), LagId(1023));
     EXPECT_EQ(sysAggrPortIdToLagId(t, 0x8400), LagId());  // 1024 itself is the null id
