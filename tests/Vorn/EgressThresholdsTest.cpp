@@ -33,11 +33,6 @@ TEST(CgmThresholds, AnOddBufferTotalAndTheClassShares) {
     EXPECT_EQ(*perTc.find(TrafficClassId(0)), (EgressResource{760, 3040}));
     EXPECT_EQ(*perTc.find(TrafficClassId(7)), thr->globalMcThresholds());
   }
-  // Fewer descriptors than unicast's half wrap.
-  ScopedEgressChipTables few(uniformTables(2000, 900, 20000, 4096, 4, 2));
-  EgressSystem wrapped({fapRevMajor3});
-  wrapped.build();
-  EXPECT_EQ(wrapped.thresholds(kP0)->globalMcThresholds().pd, 900u - 1000u);
 }
 
 TEST(CgmThresholds, TheTotalsAreTheSmallestOfTheProfilesRevisions) {

@@ -116,9 +116,6 @@ TEST(Tcams, RangeOfTheLayout) {
   EXPECT_EQ(fapLocalTcamIdToSystemTcamId(status, FapId(48), LocalTcamId(2)), SystemTcamId(2048));
   expectRangeText([&] { fapLocalTcamIdToSystemTcamId(status, FapId(49), LocalTcamId(2)); },
                   kTcamRange);
-  // The sum is taken in 16 bits: 4 x 16384 wraps to 0.
-  status->maxFapsInSystemIs(16384);
-  EXPECT_EQ(fapLocalTcamIdToSystemTcamId(status, FapId(1), LocalTcamId(4)), SystemTcamId(1));
   // A core above the null: one FAP, twenty TCAMs.
   status->maxFapsInSystemIs(1);
   status->maxTcamsInSystemIs(20);
