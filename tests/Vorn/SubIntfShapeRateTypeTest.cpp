@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Vorn/BadInputCatalogue.h"
 #include "Vorn/SubIntfShapeRateType.h"
 
 using namespace Hardware::Vorn;
@@ -47,17 +48,19 @@ std::vector<bool> flagsOf(const ShapeRateSmState& s) {
   return out;
 }
 
-TEST(ShapeRateSmState, StartsWithItsNameAndEveryFlagFalse) {
-  auto state = shapeRateSmStateFactory("shapeRate");
-  EXPECT_EQ(state->name(), Mox::Name("shapeRate"));
-  EXPECT_THAT(flagsOf(*state), ElementsAre(false, false, false, false));
-  EXPECT_EQ(state->notifieeList().size(), 0u);
-}
-
-TEST(ShapeRateSmState, EachSetterChangesOnlyItsFlagAndNotifiesOnlyOnChange) {
+// Any name, empty or long, and every flag false at the start; each setter
+// changes only its flag and notifies only on a change.
+CATALOGUE_TEST(ShapeRateSmState, EachSetterChangesOnlyItsFlagAndNotifiesOnlyOnChange,
+               "shapeRateSmStateFactory", "ShapeRateSmState::ShapeRateSmState") {
+  for (const std::string& name : {std::string(), std::string(4000, 's')}) {
+    EXPECT_EQ(shapeRateSmStateFactory(Mox::Name(name.c_str()))->name(), Mox::Name(name.c_str()));
+    const ShapeRateSmState direct{Mox::Name(name.c_str())};
+    EXPECT_THAT(flagsOf(direct), ElementsAre(false, false, false, false));
+  }
   for (std::size_t i = 0; i < std::size(kFlags); ++i) {
     SCOPED_TRACE(kFlags[i].name);
     auto state = shapeRateSmStateFactory("s");
+    EXPECT_THAT(flagsOf(*state), ElementsAre(false, false, false, false));
     Recorder r;
     state->notifieeList().add(&r);
     (state.get()->*kFlags[i].set)(false);
@@ -74,81 +77,46 @@ TEST(ShapeRateSmState, EachSetterChangesOnlyItsFlagAndNotifiesOnlyOnChange) {
   }
 }
 
-TEST(ShapeRateSmState, AnchorReadyNotifiesOnceWith259) {
+// Only a bool sets a flag; a flag is not callable; other ids are not
+// attributes.
+CATALOGUE_TEST(ShapeRateSmState, GenericAccessCoversTheFourFlags, "ShapeRateSmState::attrGet",
+               "ShapeRateSmState::attrSet", "ShapeRateSmState::attrCall") {
   auto state = shapeRateSmStateFactory("s");
   Recorder r;
   state->notifieeList().add(&r);
-  state->isAnchorIntfSmReadyIs(true);
-  EXPECT_THAT(r.ids, ElementsAre(259u));
-}
-
-TEST(ShapeRateSmState, GenericAccessCoversTheFourFlags) {
-  auto state = shapeRateSmStateFactory("s");
-  Recorder r;
-  state->notifieeList().add(&r);
-  const Mox::TypeRecord* type = state->fwkType();
-  ASSERT_NE(type, nullptr);
+  Mox::Value out;
   for (const Flag& f : kFlags) {
-    SCOPED_TRACE(f.name);
-    ASSERT_NE(type->attr(f.name), nullptr);
-    EXPECT_EQ(type->attr(f.name)->id, f.id);
-    EXPECT_EQ(state->attrSet(f.id, true), Mox::AttrResult::done);
-    EXPECT_TRUE((state.get()->*f.get)());
-    Mox::Value out;
-    EXPECT_EQ(state->attrGet(f.id, out), Mox::AttrResult::done);
-    EXPECT_EQ(out.as<bool>(), true);
-    // Only a bool sets a flag; a flag is not callable.
-    EXPECT_EQ(state->attrSet(f.id, 0), Mox::AttrResult::notAllowed);
-    EXPECT_EQ(state->attrCall(f.id, {}, out), Mox::AttrResult::notAllowed);
-    EXPECT_TRUE((state.get()->*f.get)());
+    EXPECT_EQ(state->attrSet(f.id, true), Mox::AttrResult::done) << f.name;
+    EXPECT_EQ(state->attrGet(f.id, out), Mox::AttrResult::done) << f.name;
+    EXPECT_TRUE((state.get()->*f.get)() && out.as<bool>() == true) << f.name;
+    for (const Mox::Value& wrong : {Mox::Value(0), Mox::Value(Mox::String("true")), Mox::Value()})
+      EXPECT_EQ(state->attrSet(f.id, wrong), Mox::AttrResult::notAllowed) << f.name;
+    EXPECT_EQ(state->attrCall(f.id, {}, out), Mox::AttrResult::notAllowed) << f.name;
+    EXPECT_TRUE((state.get()->*f.get)()) << f.name;
   }
   EXPECT_THAT(r.ids, ElementsAre(258u, 259u, 260u, 261u));
-  for (Mox::AttrId other : {0u, 1u, 257u, 262u, 0xFFFFFFFFu}) {
-    Mox::Value out;
+  for (Mox::AttrId other : {0u, 1u, 257u, 262u, 0xFFFFu, 0xFFFFFFFFu}) {
     EXPECT_EQ(state->attrGet(other, out), Mox::AttrResult::notAnAttribute) << other;
     EXPECT_EQ(state->attrSet(other, true), Mox::AttrResult::notAnAttribute) << other;
     EXPECT_EQ(state->attrCall(other, {}, out), Mox::AttrResult::notAnAttribute) << other;
   }
 }
 
-TEST(ShapeRateSmState, TypeIsRegisteredAtLoadAndBuildsFromOneName) {
+// The type is registered at load and builds from one name, and from
+// nothing else.
+CATALOGUE_TEST(ShapeRateSmState, BuildsFromOneName, "ShapeRateSmState::moxNewFromArgs") {
   const Mox::TypeRecord* type = Mox::typeLookup("Hardware::Vorn::ShapeRateSmState");
   ASSERT_NE(type, nullptr);
-  EXPECT_STREQ(type->name(), "Hardware::Vorn::ShapeRateSmState");
-  ASSERT_EQ(type->ctorArgs().size(), 1u);
-  EXPECT_STREQ(type->ctorArgs()[0].typeName, "Mox::Name");
-
-  const long live = ShapeRateSmState::moxAllocTrackTypeInfo_.live;
   const Mox::Value args[] = {Mox::Name("generic")};
-  Mox::Ptr<Mox::PtrInterface> p = type->newObject(args);
-  auto state = Mox::Value(p).as<Mox::Ptr<ShapeRateSmState>>();
+  auto state = Mox::Value(type->newObject(args)).as<Mox::Ptr<ShapeRateSmState>>();
   ASSERT_TRUE(state && *state);
-  EXPECT_EQ((*state)->fwkType(), type);
   EXPECT_EQ((*state)->name(), Mox::Name("generic"));
-  EXPECT_EQ(ShapeRateSmState::moxAllocTrackTypeInfo_.live, live + 1);
-  p = nullptr;
-  state.reset();
-  EXPECT_EQ(ShapeRateSmState::moxAllocTrackTypeInfo_.live, live);
-
   const Mox::Value text[] = {Mox::String("generic")};
+  const Mox::Value two[] = {Mox::Name("a"), Mox::Name("b")};
+  EXPECT_THROW(ShapeRateSmState::moxNewFromArgs(*type, text), Mox::NewEntityArgumentsException);
+  EXPECT_THROW(ShapeRateSmState::moxNewFromArgs(*type, {}), Mox::NewEntityArgumentsException);
   EXPECT_THROW(type->newObject(text), Mox::NewEntityArgumentsException);
-  EXPECT_THROW(type->newObject({}), Mox::NewEntityArgumentsException);
-}
-
-TEST(ShapeRateSmState, IsCreatedInsideADirectory) {
-  Mox::Ptr<Mox::Dir> dir(new Mox::Dir("subIntf"));
-  Mox::Ptr<Mox::Entity> e = dir->newEntity("Hardware::Vorn::ShapeRateSmState", "shapeRate");
-  ASSERT_TRUE(e);
-  auto* state = dynamic_cast<ShapeRateSmState*>(e.get());
-  ASSERT_NE(state, nullptr);
-  EXPECT_EQ(state->name(), Mox::Name("shapeRate"));
-  EXPECT_EQ(dir->entity("shapeRate"), e);
-  const Mox::CreationAttr wrong[] = {{"fullName", "/subIntf/x"},
-                                     {"parent", Mox::Value(dir)},
-                                     {"parentAttrName", Mox::Name("entity")},
-                                     {"entity", 7}};
-  EXPECT_THROW(Mox::newEntityInDir("Hardware::Vorn::ShapeRateSmState", wrong),
-               Mox::NewEntityArgumentsException);
+  EXPECT_THROW(type->newObject(two), Mox::NewEntityArgumentsException);
 }
 
 }  // namespace

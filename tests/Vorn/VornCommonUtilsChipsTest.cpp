@@ -1,164 +1,123 @@
 // Chip variants and types, cores, linecard names, the system FAP mask and
-// threshold units.
-#include <gmock/gmock.h>
+// threshold units. Values outside an enumeration's table end the process on
+// their assertion.
 #include <gtest/gtest.h>
 
-#include "Vorn/CommonUtilsTestSupport.h"
+#include <climits>
+#include <string>
+
+#include "Vorn/BadInputCatalogue.h"
 #include "Vorn/VornCommonUtils.h"
 
 using namespace Hardware::Vorn;
-using VornTest::assertionPattern;
-using VornTest::failedThenAssertion;
+using VornTest::failedAssertion;
 
 namespace {
 
-Status::Ptr statusWithFap(FapId fap, std::optional<FapType> type, std::optional<U32> rev) {
+// A status in which FAP 7 has family `type` and major revision `rev`
+// (none where negative).
+Status::Ptr fap7(int type, int rev) {
   Status::Ptr status(new Status());
-  if (type) status->fapType().is(fap, *type);
-  if (rev) status->fapRevision().is(fap, {static_cast<FapRevMajor>(*rev), 0});
+  if (type >= 0) status->fapType().is(FapId(7), static_cast<FapType>(type));
+  if (rev >= 0) status->fapRevision().is(FapId(7), {static_cast<FapRevMajor>(rev), 0});
   return status;
 }
 
-TEST(FapMaskType, FollowsFamilyAndRevision) {
-  struct Row {
-    std::optional<FapType> type;
-    std::optional<U32> rev;
-    FapMaskType expected;
-  };
-  const Row rows[] = {
-      {std::nullopt, 3, fapMaskTypeNone_},
-      {fapTypeUnknown_, 3, fapMaskTypeNone_},
-      {fapTypePetra, 1, fapMaskType1},
-      {fapTypePetra, 2, fapMaskType2},
-      {fapTypePetra, std::nullopt, fapMaskType2},
-      {fapTypeArad, 5, fapMaskType5},
-      {fapTypeArad, 4, fapMaskType4},
-      {fapTypeArad, 3, fapMaskType3},
-      {fapTypeArad, std::nullopt, fapMaskType3},  // no revision entry
-      {fapTypeJericho, 6, fapMaskType6},
-      {fapTypeJericho, 9, fapMaskType6},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(getFapMaskType(statusWithFap(FapId(7), row.type, row.rev), FapId(7)), row.expected)
-        << "type " << (row.type ? static_cast<int>(*row.type) : -1) << " rev "
-        << (row.rev ? static_cast<int>(*row.rev) : -1);
-  }
-  // Another FAP's entries do not count.
-  EXPECT_EQ(getFapMaskType(statusWithFap(FapId(7), fapTypeArad, 4), FapId(8)), fapMaskTypeNone_);
+CATALOGUE_TEST(FapMaskTypeDeathTest, FollowsFamilyAndRevision, "getFapMaskType") {
+  // Family 1 Petra, 2 Arad, 3 Jericho; without a revision the family's first.
+  const int rows[][3] = {{-1, 3, 0}, {0, 3, 0}, {1, 1, 1},  {1, 2, 2}, {1, -1, 2}, {2, 5, 5},
+                         {2, 4, 4},  {2, 3, 3}, {2, -1, 3}, {3, 6, 6}, {3, 9, 6}};
+  for (const auto& [type, rev, mask] : rows)
+    EXPECT_EQ(getFapMaskType(fap7(type, rev), FapId(7)), static_cast<FapMaskType>(mask))
+        << "type " << type << " rev " << rev;
+  // Another FAP's entries do not count; the null FAP is unknown.
+  EXPECT_EQ(getFapMaskType(fap7(2, 4), FapId(8)), fapMaskTypeNone_);
+  EXPECT_EQ(getFapMaskType(fap7(2, 4), FapId()), fapMaskTypeNone_);
+  EXPECT_DEATH(getFapMaskType(fap7(4, 1), FapId(7)), failedAssertion("0 && \"Invalid fapId\""));
 }
 
-TEST(FapMaskTypeDeath, UnknownFamily) {
-  EXPECT_DEATH(getFapMaskType(statusWithFap(FapId(1), static_cast<FapType>(4), 1), FapId(1)),
-               assertionPattern("Hardware::Vorn::FapMaskType Hardware::Vorn::getFapMaskType("
-                                "Hardware::Vorn::Status::PtrConst, Hardware::Vorn::FapId)",
-                                "0 && \"Invalid fapId\""));
-}
-
-TEST(ChipType, OfEachFapMaskType) {
-  const std::pair<U32, U32> rows[] = {{1, 2}, {2, 3},  {3, 5},  {4, 8},
-                                      {5, 6}, {6, 10}, {7, 13}, {10, 2}};
+CATALOGUE_TEST(ChipTypeDeathTest, OfEachFapMaskTypeAndItsCores, "getChipTypeFromFapMaskType",
+               "chipTypeToNumCores") {
+  const std::pair<U32, U32> rows[] = {{1, 2}, {4, 8}, {5, 6}, {7, 13}, {10, 2}};
   for (auto [mask, chip] : rows)
     EXPECT_EQ(getChipTypeFromFapMaskType(static_cast<FapMaskType>(mask)), chip) << mask;
-  EXPECT_EQ(getChipTypeFromFapMaskType(fapMaskType10), getChipTypeFromFapMaskType(fapMaskType1));
+  for (U32 mask : {0u, 8u, 11u})
+    EXPECT_DEATH(getChipTypeFromFapMaskType(static_cast<FapMaskType>(mask)),
+                 failedAssertion("0 && \"Invalid FapMaskType\""))
+        << mask;
+  for (U32 chip : {1, 3, 4, 7, 12, 13})
+    EXPECT_EQ(chipTypeToNumCores(static_cast<Hardware::ChipType>(chip)),
+              chip == 4 || chip == 12 ? 2 : 1)
+        << chip;
+  for (U32 chip : {0u, 14u})
+    EXPECT_DEATH(chipTypeToNumCores(static_cast<Hardware::ChipType>(chip)),
+                 failedAssertion("0 && \"Invalid ChipType\""))
+        << chip;
 }
 
-TEST(ChipTypeDeath, VariantsThatDoNotExist) {
-  const std::string pattern = assertionPattern(
-      "Hardware::ChipType Hardware::Vorn::getChipTypeFromFapMaskType(Hardware::Vorn::FapMaskType)",
-      "0 && \"Invalid FapMaskType\"");
-  for (U32 mask : {0u, 8u, 9u, 11u, 0xFFFFFFFFu})
-    EXPECT_DEATH(getChipTypeFromFapMaskType(static_cast<FapMaskType>(mask)), pattern) << mask;
+CATALOGUE_TEST(LinecardName, OfInterfacesAndSlots, "intfIdToLinecardName", "slotIdToLinecardName") {
+  const std::pair<const char*, const char*> intfs[] = {
+      {"Ethernet3/1/2", "Linecard3"},         {"Ethernet12/4/1.100", "Linecard12"},
+      {"Ethernet65535/1/1", "Linecard65535"}, {"Ethernet3/1", "FixedSystem"},
+      {"Ethernet3", "FixedSystem"},           {"", "FixedSystem"}};
+  for (const auto& [intf, want] : intfs)
+    EXPECT_EQ(intfIdToLinecardName(Wirl::IntfId(intf)), want) << intf;
+  const std::pair<U32, const char*> slots[] = {
+      {0, "Linecard0"}, {1, "FixedSystem"}, {3, "Linecard3"}, {UINT_MAX, "Linecard4294967295"}};
+  for (const auto& [slot, want] : slots) EXPECT_EQ(slotIdToLinecardName(slot), want) << slot;
 }
 
-TEST(ChipType, CoresOfEachType) {
-  for (U32 one : {1, 2, 3, 6, 7, 13})
-    EXPECT_EQ(chipTypeToNumCores(static_cast<Hardware::ChipType>(one)), 1) << one;
-  for (U32 two : {4, 5, 8, 9, 10, 11, 12})
-    EXPECT_EQ(chipTypeToNumCores(static_cast<Hardware::ChipType>(two)), 2) << two;
-  const std::string pattern = assertionPattern(
-      "U8 Hardware::Vorn::chipTypeToNumCores(Hardware::ChipType)", "0 && \"Invalid ChipType\"");
-  EXPECT_DEATH(chipTypeToNumCores(Hardware::chipTypeUnknown_), pattern);
-  EXPECT_DEATH(chipTypeToNumCores(static_cast<Hardware::ChipType>(14)), pattern);
+// The word may stand anywhere, but its length is dropped from the start; the
+// number before "/" is read as strtol reads it.
+CATALOGUE_TEST(LinecardNameDeathTest, OfFapNames, "fapNameToLinecardName") {
+  const std::pair<const char*, const char*> rows[] = {
+      {"Fap12/0", "Linecard12"},     {"Jericho3/1", "Linecard3"}, {"Jericho2", "FixedSystem"},
+      {"Arad7/1", "Linecard7"},      {"Fap", "FixedSystem"},      {"Fap/", "Linecard0"},
+      {"Jericho-7/1", "Linecard-7"}, {"xyFap5/1", "Linecard0"},   {"12Arad/0", "Linecard0"},
+      {"9/Fap", "FixedSystem"},      {"Fap 12/0", "Linecard12"},  {"Fap12//", "Linecard12"}};
+  for (const auto& [name, want] : rows) EXPECT_EQ(fapNameToLinecardName(name), want) << name;
+  const std::string digits = "Fap" + std::string(997, '1');  // no "/": a fixed system
+  EXPECT_EQ(fapNameToLinecardName(Mox::String(digits.c_str())), "FixedSystem");
+  // Case matters; a name shorter than every word is unknown.
+  for (const char* name : {"", "Xyz1/0", "fap1/0", "Ara"})
+    EXPECT_DEATH(fapNameToLinecardName(name), "^Failed\\(false\\) Incorrect fapName " +
+                                                  VornTest::regexQuoted(name) + "\n.*" +
+                                                  failedAssertion("\"false\" == nullptr"))
+        << name;
 }
 
-TEST(LinecardName, OfInterfacesAndSlots) {
-  EXPECT_EQ(intfIdToLinecardName(Wirl::IntfId("Ethernet3/1/2")), "Linecard3");
-  EXPECT_EQ(intfIdToLinecardName(Wirl::IntfId("Ethernet12/4/1.100")), "Linecard12");
-  EXPECT_EQ(intfIdToLinecardName(Wirl::IntfId("Ethernet3/1")), "FixedSystem");
-  EXPECT_EQ(intfIdToLinecardName(Wirl::IntfId("Ethernet3")), "FixedSystem");
-  EXPECT_EQ(slotIdToLinecardName(Fru::SlotId(1)), "FixedSystem");
-  EXPECT_EQ(slotIdToLinecardName(Fru::SlotId(3)), "Linecard3");
-  EXPECT_EQ(slotIdToLinecardName(Fru::SlotId(0)), "Linecard0");
-  EXPECT_EQ(slotIdToLinecardName(Fru::SlotId(4000000000u)), "Linecard4000000000");
-}
-
-TEST(LinecardName, OfFapNames) {
-  EXPECT_EQ(fapNameToLinecardName("Fap12/0"), "Linecard12");
-  EXPECT_EQ(fapNameToLinecardName("Jericho3/1"), "Linecard3");
-  EXPECT_EQ(fapNameToLinecardName("Jericho2"), "FixedSystem");
-  EXPECT_EQ(fapNameToLinecardName("Arad0"), "FixedSystem");
-  EXPECT_EQ(fapNameToLinecardName("Arad7/1"), "Linecard7");
-  // The word may stand anywhere, but its length is dropped from the start.
-  EXPECT_EQ(fapNameToLinecardName("xyFap5/1"), "Linecard0");  // "ap5" does not convert
-  EXPECT_EQ(fapNameToLinecardName("12Arad/0"), "Linecard0");  // "ad" before the slash
-  EXPECT_EQ(fapNameToLinecardName("9/Fap"), "FixedSystem");   // nothing left after 3 characters
-}
-
-TEST(LinecardNameDeath, UnknownFapName) {
-  const char* fn = "Mox::String Hardware::Vorn::fapNameToLinecardName(Mox::String)";
-  EXPECT_DEATH(
-      fapNameToLinecardName("Xyz1/0"),
-      failedThenAssertion("Failed(false) Incorrect fapName Xyz1/0", fn, "\"false\" == nullptr"));
-  // Case matters.
-  EXPECT_DEATH(
-      fapNameToLinecardName("fap1/0"),
-      failedThenAssertion("Failed(false) Incorrect fapName fap1/0", fn, "\"false\" == nullptr"));
-}
-
-TEST(SystemFapMask, HoldsEveryFapBelowTheCount) {
+CATALOGUE_TEST(SystemFapMask, HoldsEveryFapBelowTheCount, "maxFapsInSystemMask") {
   Status::Ptr status(new Status());
-  EXPECT_EQ(maxFapsInSystemMask(status), Regpath::Fapmask());
-  status->maxFapsInSystemIs(1);
-  EXPECT_EQ(maxFapsInSystemMask(status), Regpath::Fapmask(1, 0, 0, 0));
-  status->maxFapsInSystemIs(33);
-  EXPECT_EQ(maxFapsInSystemMask(status), Regpath::Fapmask(0xFFFFFFFF, 1, 0, 0));
-  status->maxFapsInSystemIs(128);
-  EXPECT_EQ(maxFapsInSystemMask(status),
-            Regpath::Fapmask(0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF));
-  // Id 128 is the null id and has no bit; 129 is out of range.
-  status->maxFapsInSystemIs(129);
-  EXPECT_EQ(maxFapsInSystemMask(status),
-            Regpath::Fapmask(0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF));
+  const Regpath::Fapmask full(0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF);
+  // Id 128 is the null id and has no bit.
+  const std::pair<U32, Regpath::Fapmask> rows[] = {{0, Regpath::Fapmask()},
+                                                   {1, Regpath::Fapmask(1, 0, 0, 0)},
+                                                   {33, Regpath::Fapmask(0xFFFFFFFF, 1, 0, 0)},
+                                                   {128, full},
+                                                   {129, full}};
+  for (const auto& [count, want] : rows) {
+    status->maxFapsInSystemIs(count);
+    EXPECT_EQ(maxFapsInSystemMask(status), want) << count;
+  }
+  // Beyond 129 the walk stops at the first id the mask cannot hold.
   status->maxFapsInSystemIs(130);
   VornTest::expectRangeText([&] { maxFapsInSystemMask(status); },
                             "FapId::value < FapId::min or > FapId::null not allowed");
 }
 
-TEST(ThresholdsInBytes, AreCrosswiseAndScaledByUnit) {
-  struct Row {
-    Qos::QueueThresholdUnit unit;
-    U32 scale;
-  };
-  for (Row row :
-       {Row{Qos::queueThresholdUnitBytes, 1}, Row{Qos::queueThresholdUnitKbytes, 1000},
-        Row{Qos::queueThresholdUnitMbytes, 1000000}, Row{Qos::queueThresholdUnitPackets, 1}}) {
-    U32 a = 0, b = 0;
-    getThresholdsInBytes(10, 20, a, b, row.unit);
-    EXPECT_EQ(a, 20 * row.scale) << row.unit;
-    EXPECT_EQ(b, 10 * row.scale) << row.unit;
+// Crosswise and scaled by unit; scaling wraps in 32 bits.
+CATALOGUE_TEST(ThresholdsInBytesDeathTest, AreCrosswiseAndScaledByUnit, "getThresholdsInBytes") {
+  U32 a = 0, b = 0;
+  const U32 scales[] = {1, 1000, 1000000, 1};  // bytes, kB, MB, packets
+  for (U32 unit = 0; unit < 4; ++unit) {
+    getThresholdsInBytes(10, 20, a, b, static_cast<Qos::QueueThresholdUnit>(unit));
+    EXPECT_TRUE(a == 20 * scales[unit] && b == 10 * scales[unit]) << unit;
   }
-  U32 a = 0, b = 0;
-  getThresholdsInBytes(1, 5000, a, b, Qos::queueThresholdUnitMbytes);  // wraps silently
-  EXPECT_EQ(a, static_cast<U32>(5000ull * 1000000ull));
-  EXPECT_EQ(b, 1000000u);
-}
-
-TEST(ThresholdsInBytesDeath, UnknownUnit) {
-  U32 a = 0, b = 0;
+  getThresholdsInBytes(UINT_MAX, 5000, a, b, Qos::queueThresholdUnitMbytes);
+  EXPECT_EQ(a, U32(5000ull * 1000000ull));
+  EXPECT_EQ(b, U32(UINT_MAX * 1000000ull));
   EXPECT_DEATH(getThresholdsInBytes(1, 2, a, b, static_cast<Qos::QueueThresholdUnit>(4)),
-               assertionPattern("void Hardware::Vorn::getThresholdsInBytes(U32, U32, U32&, U32&, "
-                                "Qos::QueueThresholdUnit)",
-                                "false"));
+               failedAssertion("false"));
 }
 
 }  // namespace

@@ -1,122 +1,111 @@
-// LAG identifier encodings.
-#include <gmock/gmock.h>
+// LAG identifier encodings. An id one past its type's null throws the type's
+// range exception; a family or mode outside the tables ends the process.
 #include <gtest/gtest.h>
 
-#include "Vorn/CommonUtilsTestSupport.h"
+#include <climits>
+#include <string>
+
+#include "Vorn/BadInputCatalogue.h"
 #include "Vorn/VornCommonUtils.h"
 
 using namespace Hardware::Vorn;
-using VornTest::assertionPattern;
 using VornTest::expectRangeText;
+using VornTest::failedAssertion;
 
 namespace {
 
 constexpr FapType kFamilies[] = {fapTypePetra, fapTypeArad, fapTypeJericho};
+constexpr const char kLagRange[] = "LagId::value < LagId::min or > LagId::null not allowed";
 
-TEST(LagEncodings, SystemAggregatePortIds) {
-  for (FapType type : kFamilies) {
-    EXPECT_EQ(lagIdToSysAggrPortId(type, LagId(5)), 0x8005u);
-    EXPECT_EQ(lagIdToSysAggrPortId(type, LagId(0)), 0x8000u);
-    EXPECT_EQ(lagIdToSysAggrPortId(type, LagId()), 0x8400u);
-    EXPECT_EQ(sysAggrPortIdToLagId(type, 0x8005), LagId(5));
-    EXPECT_EQ(sysAggrPortIdToLagId(type, 5), LagId());       // not an aggregate
-    EXPECT_EQ(sysAggrPortIdToLagId(type, 0x8400), LagId());  // 1024 itself is the null id
-    EXPECT_EQ(sysAggrPortIdToLagId(type, 0x83FF), LagId(1023));
-    expectRangeText([&] { sysAggrPortIdToLagId(type, 0x8401); },
-                    "LagId::value < LagId::min or > LagId::null not allowed");
-    expectRangeText([&] { sysAggrPortIdToLagId(type, 0x8800); },
-                    "LagId::value < LagId::min or > LagId::null not allowed");
+CATALOGUE_TEST(LagEncodingsDeathTest, SystemAggregatePortIds, "lagIdToSysAggrPortId",
+               "sysAggrPortIdToLagId") {
+  for (FapType t : kFamilies) {
+    EXPECT_EQ(lagIdToSysAggrPortId(t, LagId(0)), 0x8000u);
+    EXPECT_EQ(lagIdToSysAggrPortId(t, LagId()), 0x8400u);
+    EXPECT_EQ(sysAggrPortIdToLagId(t, 0x8000), LagId(0));
+    EXPECT_EQ(sysAggrPortIdToLagId(t, 0x83FF), LagId(1023));
+    EXPECT_EQ(sysAggrPortIdToLagId(t, 0x8400), LagId());  // 1024 itself is the null id
+    // Without the marker: not an aggregate, whatever the rest.
+    for (U32 notAggregate : {0u, 5u, 0x7FFFu, 0x10000u})
+      EXPECT_EQ(sysAggrPortIdToLagId(t, notAggregate), LagId()) << notAggregate;
+    for (U32 tooBig : {0x8401u, 0x8800u, 0x18000u, UINT_MAX})
+      expectRangeText([&] { sysAggrPortIdToLagId(t, tooBig); }, kLagRange);
+  }
+  // A family without an aggregate mask; the mask is read before the marker.
+  for (FapType t : {fapTypeUnknown_, static_cast<FapType>(4)}) {
+    EXPECT_DEATH(lagIdToSysAggrPortId(t, LagId(1)), failedAssertion("false"));
+    EXPECT_DEATH(sysAggrPortIdToLagId(t, 5), failedAssertion("false"));
   }
 }
 
-TEST(LagEncodings, BitsOfEachMode) {
-  struct Row {
+CATALOGUE_TEST(LagEncodingsDeathTest, BitsOfEachMode, "lagIdBitsForMode", "memberIdBitsForMode",
+               "maxMemberIdsForMode", "lagIdMaskForMode") {
+  const struct {
     LagMode mode;
     U8 lagBits;
     U32 mask;
     U8 memberBits;
     U32 members;
-  };
-  const Row rows[] = {
+  } rows[] = {
       {lagMode0, 10, 0x3FF, 4, 16}, {lagMode1, 10, 0x3FF, 4, 16}, {lagMode2, 9, 0x1FF, 5, 32},
       {lagMode3, 8, 0xFF, 6, 64},   {lagMode4, 7, 0x7F, 7, 128},  {lagMode5, 6, 0x3F, 8, 256},
   };
   for (FapType type : kFamilies) {
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
       EXPECT_EQ(lagIdBitsForMode(type, row.mode), row.lagBits) << type << "/" << row.mode;
       EXPECT_EQ(lagIdMaskForMode(type, row.mode), row.mask) << type << "/" << row.mode;
       EXPECT_EQ(memberIdBitsForMode(type, row.mode), row.memberBits) << type << "/" << row.mode;
       EXPECT_EQ(maxMemberIdsForMode(type, row.mode), row.members) << type << "/" << row.mode;
     }
   }
+  const std::string bits = failedAssertion("bits");
+  const std::string known = failedAssertion("fapType != fapTypeUnknown_");
+  const auto mode6 = static_cast<LagMode>(6);
+  EXPECT_DEATH(lagIdBitsForMode(fapTypePetra, mode6), bits);
+  EXPECT_DEATH(lagIdBitsForMode(static_cast<FapType>(4), lagMode0), bits);
+  EXPECT_DEATH(memberIdBitsForMode(fapTypeArad, mode6), bits);
+  EXPECT_DEATH(memberIdBitsForMode(fapTypeUnknown_, lagMode0), known);
+  EXPECT_DEATH(maxMemberIdsForMode(fapTypeJericho, static_cast<LagMode>(UINT_MAX)), bits);
 }
 
-TEST(LagEncodingsDeath, FamiliesAndModesOutsideTheTable) {
-  const std::string lagBits = assertionPattern(
-      "U8 Hardware::Vorn::lagIdBitsForMode(Hardware::Vorn::FapType, Hardware::Vorn::LagMode)",
-      "bits");
-  EXPECT_DEATH(lagIdBitsForMode(fapTypePetra, static_cast<LagMode>(6)), lagBits);
-  EXPECT_DEATH(lagIdBitsForMode(static_cast<FapType>(4), lagMode0), lagBits);
-  EXPECT_DEATH(lagIdBitsForMode(fapTypeUnknown_, lagMode0), lagBits);
-  EXPECT_DEATH(lagIdMaskForMode(fapTypeArad, static_cast<LagMode>(6)), lagBits);
-  EXPECT_DEATH(memberIdBitsForMode(fapTypeUnknown_, lagMode0),
-               assertionPattern("U8 Hardware::Vorn::memberIdBitsForMode(Hardware::Vorn::FapType, "
-                                "Hardware::Vorn::LagMode)",
-                                "fapType != fapTypeUnknown_"));
-  EXPECT_DEATH(maxMemberIdsForMode(fapTypeJericho, static_cast<LagMode>(9)), lagBits);
-}
-
-TEST(LagEncodingsDeath, UnsupportedFamilyHasNoAggregateMask) {
-  const std::string mask =
-      assertionPattern("U32 Hardware::Vorn::sysAggrPortMask(Hardware::Vorn::FapType)", "false");
-  EXPECT_DEATH(lagIdToSysAggrPortId(fapTypeUnknown_, LagId(1)), mask);
-  EXPECT_DEATH(sysAggrPortIdToLagId(static_cast<FapType>(4), 5), mask);  // before the bit test
-}
-
-TEST(LagEncodings, DestinationsKeepTheLowLagIdBits) {
-  DestinationId dest;
+// The destination's member bits are dropped, whatever they hold.
+CATALOGUE_TEST(LagEncodingsDeathTest, DestinationsKeepTheLowLagIdBits, "lagDestIdToSysAggrPortId") {
+  DestinationId dest;  // unset: 0xFFFF
+  EXPECT_EQ(lagDestIdToSysAggrPortId(fapTypePetra, lagMode0, dest), 0x83FFu);
   dest.destinationIs(0x1234);
   EXPECT_EQ(lagDestIdToSysAggrPortId(fapTypeArad, lagMode3, dest), 0x8034u);
   EXPECT_EQ(lagDestIdToSysAggrPortId(fapTypeArad, lagMode0, dest), 0x8234u);
   EXPECT_EQ(lagDestIdToSysAggrPortId(fapTypeArad, lagMode5, dest), 0x8034u);
-  dest.destinationIs(0xFFFF);
-  EXPECT_EQ(lagDestIdToSysAggrPortId(fapTypeJericho, lagMode1, dest), 0x83FFu);
+  dest.destinationIs(DestinationId::destDrop);
+  EXPECT_EQ(lagDestIdToSysAggrPortId(fapTypePetra, lagMode0, dest), 0x8000u);
+  dest.destination = UINT_MAX;  // as a caller's record may hold it
+  EXPECT_EQ(lagDestIdToSysAggrPortId(fapTypeJericho, lagMode5, dest), 0x803Fu);
+  EXPECT_DEATH(lagDestIdToSysAggrPortId(fapTypeArad, static_cast<LagMode>(6), dest),
+               failedAssertion("bits"));
 }
 
-TEST(LagEncodings, LagChoiceToDestination) {
+// A LAG choice takes the LAG id unchecked; a plain one the destination,
+// checked against its range.
+CATALOGUE_TEST(LagEncodings, ChoicesToDestinations, "lagToDestination") {
   LagDestinationId lag;
-  lag.lagId = 7;
   lag.destination = 99;  // ignored for a LAG choice
-  DestinationId d = lagToDestination(lag);
-  EXPECT_EQ(d.type, destinationTypeLag);
-  EXPECT_EQ(d.destination, 7u);
-  EXPECT_FALSE(d.flag1);
-  EXPECT_FALSE(d.flag2);
-
-  lag.lagId = 0xFFFF;  // unset
-  d = lagToDestination(lag);
-  EXPECT_EQ(d.type, destinationTypeLag);
-  EXPECT_EQ(d.destination, 0xFFFFu);
-}
-
-TEST(LagEncodings, PlainChoiceToDestination) {
+  for (U16 v : {U16{7}, U16{0}, U16{0xFFFE}, U16{0xFFFF}}) {
+    lag.lagId = v;
+    const DestinationId d = lagToDestination(lag);
+    EXPECT_TRUE(d.destination == v && d.type == destinationTypeLag && !d.flag1 && !d.flag2) << v;
+  }
   LagDestinationId plain;
   plain.isDestination = true;
   plain.lagId = 3;  // ignored for a plain choice
-  plain.destination = 0x200000;
-  DestinationId d = lagToDestination(plain);
-  EXPECT_EQ(d.type, destinationTypeDirect);
-  EXPECT_EQ(d.destination, 0x200000u);
-
-  plain.destination = 0xFFFF;
-  d = lagToDestination(plain);
-  EXPECT_EQ(d.type, destinationTypeDirect);
-  EXPECT_EQ(d.destination, 0xFFFFu);
-
-  plain.destination = 0x200001;
-  expectRangeText([&] { lagToDestination(plain); },
-                  "DestinationId::destination < DestinationId::min or > DestinationId::destDrop "
-                  "not allowed");
+  for (U32 v : {0u, 0xFFFFu, 0x200000u}) {
+    plain.destination = v;
+    const DestinationId d = lagToDestination(plain);
+    EXPECT_TRUE(d.destination == v && d.type == destinationTypeDirect) << v;
+  }
+  for (U32 v : {0x200001u, UINT_MAX}) {
+    plain.destination = v;
+    expectRangeText([&] { lagToDestination(plain); }, DestinationId::kRangeText);
+  }
 }
 
 }  // namespace

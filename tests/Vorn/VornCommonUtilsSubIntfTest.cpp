@@ -2,58 +2,52 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Vorn/CommonUtilsTestSupport.h"
+#include <climits>
+
+#include "Vorn/BadInputCatalogue.h"
 #include "Vorn/VornCommonUtils.h"
 #include "support/Support.h"
 
 using namespace Hardware::Vorn;
 using testing::ElementsAre;
-using VornTest::assertionPattern;
+using VornTest::failedAssertion;
 using Wirl::IntfId;
 
 namespace {
 
-TEST(SubIntfPorts, RangeFromTheStatus) {
+CATALOGUE_TEST(SubIntfPortsDeathTest, RangeFromTheStatus, "isSubIntf") {
   Status::Ptr status(new Status());
   status->subIntfSysPortMinIs(1000);
   status->numSubIntfSysPortsIs(24);
   Status::PtrConst s = status;
-  EXPECT_FALSE(isSubIntf(s, SystemPhyPortId(999)));
-  EXPECT_TRUE(isSubIntf(s, SystemPhyPortId(1000)));
-  EXPECT_TRUE(isSubIntf(s, SystemPhyPortId(1023)));
-  EXPECT_FALSE(isSubIntf(s, SystemPhyPortId(1024)));
+  const std::pair<U16, bool> rows[] = {{999, false}, {1000, true}, {1023, true}, {1024, false}};
+  for (const auto& [port, want] : rows)
+    EXPECT_EQ(isSubIntf(s, SystemPhyPortId(port)), want) << port;
   EXPECT_FALSE(isSubIntf(s, SystemPhyPortId()));
   VornTest::TraceCapture trace({"VornCommonUtils"});
   isSubIntf(s, SystemPhyPortId(1010));
   EXPECT_THAT(trace.texts(),
               ElementsAre("isSubIntf subIntfSysPortMin:1000 subIntfSysPortMax:1023 sppid:1010"));
+  status->numSubIntfSysPortsIs(0);  // an empty range: nothing is a sub-interface
+  EXPECT_FALSE(isSubIntf(s, SystemPhyPortId(1000)));
+  status->subIntfSysPortMinIs(2);
+  status->numSubIntfSysPortsIs(UINT_MAX - 1);  // up to the last U32
+  EXPECT_TRUE(isSubIntf(s, SystemPhyPortId()));
+  status->subIntfSysPortMinIs(0);
+  EXPECT_DEATH(isSubIntf(s, SystemPhyPortId(1000)), failedAssertion("minSppid > 0"));
 }
 
-TEST(SubIntfPortsDeath, FirstPortMustBePositive) {
-  Status::PtrConst status(new Status());
-  EXPECT_DEATH(isSubIntf(status, SystemPhyPortId(1000)),
-               assertionPattern("bool Hardware::Vorn::isSubIntf(const "
-                                "Hardware::Vorn::Status::PtrConst&, "
-                                "Hardware::Vorn::SystemPhyPortId)",
-                                "minSppid > 0"));
-}
-
-TEST(SubIntfKinds, EthernetAndLag) {
-  EXPECT_FALSE(isEthSubIntf(IntfId("Ethernet3")));
-  EXPECT_TRUE(isEthSubIntf(IntfId("Ethernet3.10")));
-  EXPECT_TRUE(isEthSubIntf(IntfId("Ethernet3/1/2.10")));
-  EXPECT_FALSE(isEthSubIntf(IntfId("Port-Channel5.10")));
-  EXPECT_FALSE(isEthSubIntf(IntfId("Vlan10")));
-  EXPECT_FALSE(isEthSubIntf(IntfId()));
+CATALOGUE_TEST(SubIntfKindsDeathTest, EthernetAndLag, "isEthSubIntf", "isLagSubIntf") {
+  const std::pair<const char*, bool> eth[] = {
+      {"Ethernet3", false},        {"Ethernet3.10", true}, {"Ethernet3/1/2.10", true},
+      {"Port-Channel5.10", false}, {"Vlan10", false},      {"", false}};
+  for (const auto& [name, want] : eth) EXPECT_EQ(isEthSubIntf(IntfId(name)), want) << name;
   EXPECT_TRUE(isLagSubIntf(IntfId("Port-Channel5.10")));
   EXPECT_FALSE(isLagSubIntf(IntfId("Ethernet3.10")));
-}
-
-TEST(SubIntfKindsDeath, LagTestNeedsASubInterface) {
-  const std::string pattern = assertionPattern("bool Hardware::Vorn::isLagSubIntf(Wirl::IntfId)",
-                                               "Wirl::SubIntfId::isSubIntfId( subIntfId )");
-  EXPECT_DEATH(isLagSubIntf(IntfId("Ethernet3")), pattern);
-  EXPECT_DEATH(isLagSubIntf(IntfId("Port-Channel5")), pattern);
+  for (const char* notSub : {"", "Ethernet3", "Port-Channel5"})
+    EXPECT_DEATH(isLagSubIntf(IntfId(notSub)),
+                 failedAssertion("Wirl::SubIntfId::isSubIntfId( subIntfId )"))
+        << notSub;
 }
 
 // Port-Channel5 of Ethernet3 and Ethernet4 (configured), Port-Channel6 of
@@ -81,89 +75,75 @@ class LagSubIntfs : public testing::Test {
   Interface::SubIntfStatusDir::Ptr subIntfs{new Interface::SubIntfStatusDir()};
 };
 
-TEST_F(LagSubIntfs, LagSideFromThePortStatus) {
+CATALOGUE_TEST_F(LagSubIntfs, LagSideFromThePortStatusOrConfiguration,
+                 "obtainLagSubIntfIdFromMemberSubIntfId") {
   VornTest::TraceCapture trace({"VornCommonUtils"});
-  EXPECT_EQ(lagOf("Ethernet4.100", false, false), IntfId("Port-Channel5.100"));
-  EXPECT_EQ(lagOf("Ethernet4.101", false, false), IntfId());                    // other number
-  EXPECT_EQ(lagOf("Ethernet3.100", false, false), IntfId());                    // carries nothing
-  EXPECT_EQ(lagOf("Ethernet7.200", true, false), IntfId("Port-Channel6.200"));  // no check
-  EXPECT_EQ(obtainLagSubIntfIdFromMemberSubIntfId(config, subIntfs, nullptr,
-                                                  IntfId("Ethernet4.100"), false, false),
-            IntfId());
+  const struct {
+    const char* member;
+    bool mustExist, useConfig;
+    const char* lag;
+  } rows[] = {
+      {"Ethernet4.100", false, false, "Port-Channel5.100"},
+      {"Ethernet4.101", false, false, ""},                  // other number
+      {"Ethernet3.100", false, false, ""},                  // carries nothing
+      {"Ethernet7.200", true, false, "Port-Channel6.200"},  // no check
+      {"Ethernet3.100", false, true, "Port-Channel5.100"},
+      {"Ethernet3.101", false, true, "Port-Channel5.101"},
+      {"Ethernet3.100", true, true, "Port-Channel5.100"},  // with mustExist, only those
+      {"Ethernet3.101", true, true, ""},                   // that exist
+      {"Ethernet9.100", false, true, ""},                  // a port of no LAG
+      {"", true, true, ""},
+  };
+  for (const auto& r : rows)
+    EXPECT_EQ(lagOf(r.member, r.mustExist, r.useConfig), IntfId(r.lag))
+        << r.member << " mustExist " << r.mustExist << " useConfig " << r.useConfig;
   EXPECT_EQ(trace.texts().front(),
             "obtainLagSubIntfIdFromMemberSubIntfId memberSubIntfId:Ethernet4.100 mustExist:0 "
             "useConfig:0");
-}
-
-TEST_F(LagSubIntfs, LagSideFromTheConfiguration) {
-  EXPECT_EQ(lagOf("Ethernet3.100", false, true), IntfId("Port-Channel5.100"));
-  EXPECT_EQ(lagOf("Ethernet3.101", false, true), IntfId("Port-Channel5.101"));
-  // With mustExist, only sub-interfaces that exist.
-  EXPECT_EQ(lagOf("Ethernet3.100", true, true), IntfId("Port-Channel5.100"));
-  EXPECT_EQ(lagOf("Ethernet3.101", true, true), IntfId());
-  EXPECT_EQ(lagOf("Ethernet7.200", true, true), IntfId());
-  // A port of no LAG.
-  EXPECT_EQ(lagOf("Ethernet9.100", false, true), IntfId());
+  // Without the object the mode reads, nothing is found.
+  EXPECT_EQ(obtainLagSubIntfIdFromMemberSubIntfId(config, subIntfs, nullptr,
+                                                  IntfId("Ethernet4.100"), false, false),
+            IntfId());
   EXPECT_EQ(obtainLagSubIntfIdFromMemberSubIntfId(nullptr, subIntfs, ports, IntfId("Ethernet3.100"),
                                                   false, true),
             IntfId());
 }
 
-TEST_F(LagSubIntfs, MemberSideFromTheConfiguration) {
+CATALOGUE_TEST_F(LagSubIntfs, MemberSideFromTheConfigurationOrPortStatus,
+                 "obtainMemberSubIntfIdFromLagSubIntfId") {
   // The first member in the configuration's order: Ethernet3 before Ethernet4.
   EXPECT_EQ(memberOf("Port-Channel5.100", true), IntfId("Ethernet3.100"));
   EXPECT_EQ(memberOf("Port-Channel6.7", true), IntfId("Ethernet7.7"));
   EXPECT_EQ(memberOf("Port-Channel8.100", true), IntfId());
-  config->memberDel(IntfId("Ethernet3"));
-  EXPECT_EQ(memberOf("Port-Channel5.100", true), IntfId("Ethernet4.100"));
-  EXPECT_EQ(obtainMemberSubIntfIdFromLagSubIntfId(nullptr, ports, IntfId("Port-Channel5.1"), true),
-            IntfId());
+  EXPECT_EQ(memberOf("Port-Channel8", true), IntfId());
   // A plain port-channel has no sub-interface number to carry over.
   EXPECT_THROW(memberOf("Port-Channel5", true), Wirl::InvalidIntfName);
-  EXPECT_EQ(memberOf("Port-Channel8", true), IntfId());
-}
-
-TEST_F(LagSubIntfs, MemberSideFromThePortStatus) {
-  VornTest::TraceCapture trace({"VornCommonUtils"});
-  EXPECT_EQ(memberOf("Port-Channel5.100", false), IntfId("Ethernet4.100"));
-  EXPECT_EQ(memberOf("Port-Channel5.101", false), IntfId());
-  EXPECT_THAT(trace.texts(),
-              ElementsAre("obtainMemberSubIntfIdFromLagSubIntfId lagSubIntfId:Port-Channel5.100 "
-                          "memberSubIntfId:Ethernet4.100",
-                          "obtainMemberSubIntfIdFromLagSubIntfId lagSubIntfId:Port-Channel5.101 "
-                          "memberSubIntfId:"));
-}
-
-TEST_F(LagSubIntfs, BothWaysAgree) {
-  for (const char* member : {"Ethernet3.100", "Ethernet7.5"}) {
-    const IntfId lag = lagOf(member, false, true);
-    EXPECT_EQ(memberOf(lag.stringValue().charPtr(), true), IntfId(member)) << member;
+  EXPECT_EQ(obtainMemberSubIntfIdFromLagSubIntfId(nullptr, ports, IntfId("Port-Channel5.1"), true),
+            IntfId());
+  {
+    VornTest::TraceCapture trace({"VornCommonUtils"});
+    EXPECT_EQ(memberOf("Port-Channel5.100", false), IntfId("Ethernet4.100"));
+    EXPECT_EQ(memberOf("Port-Channel5.101", false), IntfId());
+    EXPECT_THAT(trace.texts(),
+                testing::Contains("obtainMemberSubIntfIdFromLagSubIntfId "
+                                  "lagSubIntfId:Port-Channel5.101 memberSubIntfId:"));
   }
-  EXPECT_EQ(memberOf(lagOf("Ethernet4.100", false, false).stringValue().charPtr(), false),
-            IntfId("Ethernet4.100"));
+  config->memberDel(IntfId("Ethernet3"));
+  EXPECT_EQ(memberOf("Port-Channel5.100", true), IntfId("Ethernet4.100"));
+  EXPECT_DEATH(memberOf("Ethernet3.100", true),
+               failedAssertion("Wirl::PortChannelIntfId::isPortChannelIntfId( intfId )"));
 }
 
-TEST_F(LagSubIntfs, MemberPresence) {
+CATALOGUE_TEST_F(LagSubIntfs, MemberPresence, "isLagMemberPresent") {
   EXPECT_TRUE(isLagMemberPresent(config, IntfId("Port-Channel5.100"), IntfId("Ethernet3")));
   EXPECT_TRUE(isLagMemberPresent(config, IntfId("Port-Channel5.100"), IntfId("Ethernet4")));
   EXPECT_TRUE(isLagMemberPresent(config, IntfId("Port-Channel5"), IntfId("Ethernet4")));
   EXPECT_FALSE(isLagMemberPresent(config, IntfId("Port-Channel5.100"), IntfId("Ethernet7")));
   EXPECT_FALSE(isLagMemberPresent(config, IntfId("Port-Channel9.1"), IntfId("Ethernet3")));
+  EXPECT_FALSE(isLagMemberPresent(config, IntfId("Port-Channel5.10"), IntfId()));
   EXPECT_FALSE(isLagMemberPresent(nullptr, IntfId("Port-Channel5.100"), IntfId("Ethernet3")));
-}
-
-TEST_F(LagSubIntfs, LagSideFunctionsNeedAPortChannel) {
-  EXPECT_DEATH(memberOf("Ethernet3.100", true),
-               assertionPattern("const Wirl::IntfId "
-                                "Hardware::Vorn::obtainMemberSubIntfIdFromLagSubIntfId("
-                                "Lag::Input::Config::PtrConst, "
-                                "Hardware::Vorn::SubIntfPortStatusDir::PtrConst, Wirl::IntfId, "
-                                "bool)",
-                                "Wirl::PortChannelIntfId::isPortChannelIntfId( intfId )"));
   EXPECT_DEATH(isLagMemberPresent(config, IntfId("Ethernet3.100"), IntfId("Ethernet3")),
-               assertionPattern("bool Hardware::Vorn::isLagMemberPresent("
-                                "Lag::Input::Config::PtrConst, Wirl::IntfId, Wirl::IntfId)",
-                                "Wirl::PortChannelIntfId::isPortChannelIntfId( lagSubIntfId )"));
+               failedAssertion("Wirl::PortChannelIntfId::isPortChannelIntfId( lagSubIntfId )"));
 }
 
 }  // namespace

@@ -1,66 +1,65 @@
-// Cores, TCAMs, linecard slots, slices and CPU TM ports.
+// Cores, TCAMs, linecard slots, slices and CPU TM ports. An id past its
+// type's null throws the type's range exception; "not there" is the null id.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <set>
+#include <string>
 
 #include "HardwareVorn/SystemLimits.h"
 #include "Mox/Singleton.h"
-#include "Vorn/CommonUtilsTestSupport.h"
+#include "Vorn/BadInputCatalogue.h"
 #include "Vorn/VornCommonUtils.h"
 #include "support/Support.h"
 
 using namespace Hardware::Vorn;
 using testing::ElementsAre;
-using VornTest::assertionPattern;
 using VornTest::expectRangeText;
-using VornTest::failedThenAssertion;
+using VornTest::failedAssertion;
 
 namespace {
 
-constexpr const char kSystemCoreRange[] =
+constexpr const char kCoreRange[] =
     "SystemCoreId::value < SystemCoreId::min or > SystemCoreId::null not allowed";
 constexpr const char kFapRange[] = "FapId::value < FapId::min or > FapId::null not allowed";
+constexpr const char kTcamRange[] =
+    "SystemTcamId::value < SystemTcamId::min or > SystemTcamId::null not allowed";
 
-TEST(Cores, SystemCoreFromTheFapsBase) {
+CATALOGUE_TEST(Cores, SystemCoreFromTheFapsBase, "systemCoreId") {
   Status::Ptr status(new Status());
   status->fapIdToBaseSystemCoreId().is(FapId(2), SystemCoreId(4));
   status->fapIdToBaseSystemCoreId().is(FapId(3), SystemCoreId(2047));
-  EXPECT_EQ(systemCoreId(status, FapId(2), LocalCoreId(0)), SystemCoreId(4));
   EXPECT_EQ(systemCoreId(status, FapId(2), LocalCoreId(1)), SystemCoreId(5));
   EXPECT_EQ(systemCoreId(status, FapId(3), LocalCoreId(1)), SystemCoreId(2048));
-  expectRangeText([&] { systemCoreId(status, FapId(3), LocalCoreId(2)); }, kSystemCoreRange);
+  expectRangeText([&] { systemCoreId(status, FapId(3), LocalCoreId(2)); }, kCoreRange);
   // An unknown FAP counts from the null id.
   EXPECT_EQ(systemCoreId(status, FapId(9), LocalCoreId(0)), SystemCoreId());
-  expectRangeText([&] { systemCoreId(status, FapId(9), LocalCoreId(1)); }, kSystemCoreRange);
+  expectRangeText([&] { systemCoreId(status, FapId(9), LocalCoreId(1)); }, kCoreRange);
+  // The null core counts as 4.
+  status->fapIdToBaseSystemCoreId().is(FapId(1), SystemCoreId(2044));
+  EXPECT_EQ(systemCoreId(status, FapId(1), LocalCoreId()), SystemCoreId(2048));
 }
 
-TEST(Tcams, LocalTcamOfACoreByRevision) {
+CATALOGUE_TEST(TcamsDeathTest, LocalTcamOfACoreByRevision, "fapLocalCoreIdToLocalTcamId") {
   Status::Ptr status(new Status());
   for (U32 rev = 0; rev <= 9; ++rev) {
     status->fapRevision().is(FapId(1), {static_cast<FapRevMajor>(rev), 0});
     const bool perCore = rev == 6 || rev == 8;
-    for (U16 core = 0; core <= 3; ++core) {
+    for (U16 core = 0; core <= 3; ++core)
       EXPECT_EQ(fapLocalCoreIdToLocalTcamId(status, FapId(1), LocalCoreId(core)),
                 LocalTcamId(perCore ? core : 0))
           << "rev " << rev << " core " << core;
+    if (perCore) {  // the null core is the null TCAM
+      EXPECT_EQ(fapLocalCoreIdToLocalTcamId(status, FapId(1), LocalCoreId()), LocalTcamId());
     }
   }
   // A FAP without a revision has one TCAM.
   EXPECT_EQ(fapLocalCoreIdToLocalTcamId(status, FapId(2), LocalCoreId(3)), LocalTcamId(0));
-}
-
-TEST(TcamsDeath, UnhandledRevision) {
-  Status::Ptr status(new Status());
   status->fapRevision().is(FapId(3), {static_cast<FapRevMajor>(10), 0});
   status->fapType().is(FapId(3), fapTypeArad);
   EXPECT_DEATH(fapLocalCoreIdToLocalTcamId(status, FapId(3), LocalCoreId(0)),
-               failedThenAssertion("Failed(0) Unhandled fapMajor 10 ,fapId 3 ,fapType 2",
-                                   "Hardware::Vorn::LocalTcamId "
-                                   "Hardware::Vorn::fapLocalCoreIdToLocalTcamId("
-                                   "Hardware::Vorn::Status::PtrConst, Hardware::Vorn::FapId, "
-                                   "Hardware::Vorn::LocalCoreId)",
-                                   "\"0\" == nullptr"));
+               "^Failed\\(0\\) Unhandled fapMajor 10 ,fapId 3 ,fapType 2\n.*" +
+                   failedAssertion("\"0\" == nullptr"));
 }
 
 // Four FAPs: 0 and 1 of revision 6 (a TCAM per core, two cores), 2 and 3 of
@@ -74,26 +73,15 @@ Status::Ptr fourFaps() {
   return status;
 }
 
-TEST(Tcams, SystemTcamIdsAreTcamMajor) {
-  Status::PtrConst status = fourFaps();
-  EXPECT_EQ(fapLocalTcamIdToSystemTcamId(status, FapId(1), LocalTcamId(1)), SystemTcamId(5));
-  EXPECT_EQ(systemTcamIdToFapId(status, SystemTcamId(5)), FapId(1));
-  EXPECT_EQ(systemTcamIdToLocalCoreId(status, SystemTcamId(5)), LocalCoreId(1));
-  EXPECT_EQ(fapLocalTcamIdToSystemTcamId(status, FapId(3), LocalTcamId(0)), SystemTcamId(3));
-  EXPECT_EQ(fapLocalCoreIdToSystemTcamId(status, FapId(3), LocalCoreId(1)), SystemTcamId(3));
-  EXPECT_EQ(fapLocalCoreIdToSystemTcamId(status, FapId(0), LocalCoreId(1)), SystemTcamId(4));
-  // The all-TCAMs id.
-  EXPECT_EQ(systemTcamIdToFapId(status, SystemTcamId(2046)), FapId(2046));
-  EXPECT_EQ(systemTcamIdToLocalCoreId(status, SystemTcamId(2046)), LocalCoreId(3));
-}
-
-TEST(Tcams, RoundTripOverTheWholeSystem) {
+// System TCAM ids are TCAM-major: local TCAM x FAPs + FAP.
+CATALOGUE_TEST(TcamsDeathTest, SystemTcamIds, "fapLocalTcamIdToSystemTcamId",
+               "fapLocalCoreIdToSystemTcamId", "systemTcamIdToFapId", "systemTcamIdToLocalCoreId",
+               "tcamIdToFapmask") {
   Status::PtrConst status = fourFaps();
   std::set<U16> seen;
   for (U16 fap = 0; fap < 4; ++fap) {
     for (U16 core = 0; core < 2; ++core) {
       const SystemTcamId tcam = fapLocalCoreIdToSystemTcamId(status, FapId(fap), LocalCoreId(core));
-      EXPECT_LT(tcam.value(), status->maxTcamsInSystem());
       EXPECT_EQ(systemTcamIdToFapId(status, tcam), FapId(fap));
       const LocalTcamId local = fapLocalCoreIdToLocalTcamId(status, FapId(fap), LocalCoreId(core));
       EXPECT_EQ(systemTcamIdToLocalCoreId(status, tcam).value(), local.value());
@@ -103,141 +91,104 @@ TEST(Tcams, RoundTripOverTheWholeSystem) {
       seen.insert(tcam.value());
     }
   }
-  // Six TCAMs: two per revision-6 FAP, one per revision-3 FAP.
   EXPECT_THAT(seen, ElementsAre(0, 1, 2, 3, 4, 5));
+  EXPECT_EQ(fapLocalTcamIdToSystemTcamId(status, FapId(1), LocalTcamId(1)), SystemTcamId(5));
+  EXPECT_EQ(fapLocalCoreIdToSystemTcamId(status, FapId(0), LocalCoreId(1)), SystemTcamId(4));
+  EXPECT_EQ(fapLocalTcamIdToSystemTcamId(status, FapId(), LocalTcamId(0)), SystemTcamId());
+  // The all-TCAMs id.
+  EXPECT_EQ(systemTcamIdToFapId(status, SystemTcamId(2046)), FapId(2046));
+  EXPECT_EQ(systemTcamIdToLocalCoreId(status, SystemTcamId(2046)), LocalCoreId(3));
+  EXPECT_EQ(tcamIdToFapmask(status, SystemTcamId(2046)), Regpath::Fapmask(0xF, 0, 0, 0));
+  // Ids at and past the system's count, and the null id.
+  const std::string past =
+      "^Failed\\(tcamId\\.value\\(\\) < vornStatus->maxTcamsInSystem\\(\\)\\) Invalid value 8\n.*" +
+      failedAssertion("\"tcamId.value() < vornStatus->maxTcamsInSystem()\" == nullptr");
+  EXPECT_DEATH(systemTcamIdToFapId(status, SystemTcamId(8)), past);
+  EXPECT_DEATH(systemTcamIdToLocalCoreId(status, SystemTcamId(8)), past);
+  EXPECT_DEATH(tcamIdToFapmask(status, SystemTcamId(8)), past);
+  EXPECT_DEATH(tcamIdToFapmask(status, SystemTcamId()),
+               failedAssertion("tcamId != Hardware::Vorn::SystemTcamId::null()"));
 }
 
 TEST(Tcams, RangeOfTheLayout) {
   Status::Ptr status(new Status());
   status->maxFapsInSystemIs(1000);
-  status->maxTcamsInSystemIs(2048);
   EXPECT_EQ(fapLocalTcamIdToSystemTcamId(status, FapId(48), LocalTcamId(2)), SystemTcamId(2048));
   expectRangeText([&] { fapLocalTcamIdToSystemTcamId(status, FapId(49), LocalTcamId(2)); },
-                  "SystemTcamId::value < SystemTcamId::min or > SystemTcamId::null not allowed");
+                  kTcamRange);
+  // A core above the null: one FAP, twenty TCAMs.
   status->maxFapsInSystemIs(1);
-  status->maxTcamsInSystemIs(2000);
+  status->maxTcamsInSystemIs(20);
+  EXPECT_EQ(systemTcamIdToLocalCoreId(status, SystemTcamId(4)), LocalCoreId());
   expectRangeText([&] { systemTcamIdToLocalCoreId(status, SystemTcamId(5)); },
                   "LocalCoreId::value < LocalCoreId::min or > LocalCoreId::null not allowed");
-  // A FAP above 128 has no bit in a register-path mask.
+  // The mask holds FAP ids up to 127; 128 is its null id, which has no bit.
   status->maxFapsInSystemIs(200);
+  status->maxTcamsInSystemIs(400);
+  EXPECT_TRUE(tcamIdToFapmask(status, SystemTcamId(127)).fapId(Regpath::FapId(127)));
   EXPECT_EQ(tcamIdToFapmask(status, SystemTcamId(128)), Regpath::Fapmask());
   expectRangeText([&] { tcamIdToFapmask(status, SystemTcamId(129)); }, kFapRange);
 }
 
-TEST(Tcams, MaskOfAllTcamsIsEveryFap) {
-  Status::PtrConst status = fourFaps();
-  EXPECT_EQ(tcamIdToFapmask(status, SystemTcamId(2046)), Regpath::Fapmask(0xF, 0, 0, 0));
-}
-
-TEST(TcamsDeath, IdsOutsideTheSystem) {
-  Status::PtrConst status = fourFaps();
-  const std::string bound = "\"tcamId.value() < vornStatus->maxTcamsInSystem()\" == nullptr";
-  EXPECT_DEATH(systemTcamIdToFapId(status, SystemTcamId(8)),
-               failedThenAssertion("Failed(tcamId.value() < vornStatus->maxTcamsInSystem()) "
-                                   "Invalid value 8",
-                                   "Hardware::Vorn::FapId Hardware::Vorn::systemTcamIdToFapId("
-                                   "const Hardware::Vorn::Status::PtrConst&, "
-                                   "Hardware::Vorn::SystemTcamId)",
-                                   bound));
-  EXPECT_DEATH(systemTcamIdToLocalCoreId(status, SystemTcamId(2047)),
-               failedThenAssertion("Failed(tcamId.value() < vornStatus->maxTcamsInSystem()) "
-                                   "Invalid value 2047",
-                                   "Hardware::Vorn::LocalCoreId "
-                                   "Hardware::Vorn::systemTcamIdToLocalCoreId("
-                                   "const Hardware::Vorn::Status::PtrConst&, "
-                                   "Hardware::Vorn::SystemTcamId)",
-                                   bound));
-  EXPECT_DEATH(tcamIdToFapmask(status, SystemTcamId()),
-               assertionPattern("Regpath::Fapmask Hardware::Vorn::tcamIdToFapmask("
-                                "const Hardware::Vorn::Status::PtrConst&, "
-                                "Hardware::Vorn::SystemTcamId)",
-                                "tcamId != Hardware::Vorn::SystemTcamId::null()"));
-  EXPECT_DEATH(tcamIdToFapmask(status, SystemTcamId(9)), "Invalid value 9\n");
-}
-
 // Linecard slots 3 to 10, two FAPs and four cores per slot.
-class Slots : public testing::Test {
+class SlotsDeathTest : public testing::Test {
  protected:
-  Slots() {
+  SlotsDeathTest() {
     Mox::singletonIs<SystemLimits>()->sysFruConfigIs(Fru::SlotId(3), Fru::SlotId(10));
     status->maxFapsPerSlotIs(2);
     status->maxCoresPerSlotIs(4);
   }
-  ~Slots() override { Mox::singletonDel<SystemLimits>(); }
+  ~SlotsDeathTest() override { Mox::singletonDel<SystemLimits>(); }
   Status::Ptr status{new Status()};
 };
 
-TEST_F(Slots, ZeroBasedWithinTheLinecardSlots) {
-  EXPECT_EQ(zeroBasedSlotId(status, Fru::SlotId(3)), 0);
-  EXPECT_EQ(zeroBasedSlotId(status, Fru::SlotId(10)), 7);
-  EXPECT_EQ(zeroBasedSlotId(status, Fru::SlotId(2)), -1);
-  EXPECT_EQ(zeroBasedSlotId(status, Fru::SlotId(11)), -1);
-  VornTest::TraceCapture trace({"VornCommonUtils"});
-  zeroBasedSlotId(status, Fru::SlotId(4));
-  EXPECT_THAT(trace.texts(), ElementsAre("zeroBasedSlotId minLinecardSlot:3 maxLinecardSlot:10 "
-                                         "slotId:4 zeroBasedSlot:1"));
-}
-
-TEST_F(Slots, FirstFapAndCoreOfASlot) {
-  EXPECT_EQ(firstFapId(status, Fru::SlotId(3)), FapId(0));
-  EXPECT_EQ(firstFapId(status, Fru::SlotId(5)), FapId(4));
-  EXPECT_EQ(firstFapId(status, Fru::SlotId(2)), FapId());
-  EXPECT_EQ(firstSystemCoreId(status, Fru::SlotId(5)), SystemCoreId(8));
-  EXPECT_EQ(firstSystemCoreId(status, Fru::SlotId(11)), SystemCoreId());
+CATALOGUE_TEST_F(SlotsDeathTest, ZeroBasedFirstFapAndFirstCore, "zeroBasedSlotId", "firstFapId",
+                 "firstSystemCoreId") {
+  const std::pair<U32, int> rows[] = {{0, -1}, {2, -1},  {3, 0},        {5, 2},
+                                      {10, 7}, {11, -1}, {UINT_MAX, -1}};
+  for (const auto& [slot, want] : rows) {
+    EXPECT_EQ(zeroBasedSlotId(status, Fru::SlotId(slot)), want) << slot;
+    EXPECT_EQ(firstFapId(status, Fru::SlotId(slot)), want < 0 ? FapId() : FapId(2 * want)) << slot;
+    EXPECT_EQ(firstSystemCoreId(status, Fru::SlotId(slot)),
+              want < 0 ? SystemCoreId() : SystemCoreId(4 * want))
+        << slot;
+  }
   VornTest::TraceCapture trace({"VornCommonUtils"});
   firstFapId(status, Fru::SlotId(10));
-  firstSystemCoreId(status, Fru::SlotId(10));
-  EXPECT_THAT(trace.texts(), testing::Contains("firstFapId zeroBasedSlot: 7 fapId: 14"));
+  firstSystemCoreId(status, Fru::SlotId(4));
   EXPECT_THAT(trace.texts(),
-              testing::Contains("firstSystemCoreId zeroBasedSlot: 7 systemCoreId: 28"));
+              ElementsAre("zeroBasedSlotId minLinecardSlot:3 maxLinecardSlot:10 slotId:10 "
+                          "zeroBasedSlot:7",
+                          "firstFapId zeroBasedSlot: 7 fapId: 14",
+                          "zeroBasedSlotId minLinecardSlot:3 maxLinecardSlot:10 slotId:4 "
+                          "zeroBasedSlot:1",
+                          "firstSystemCoreId zeroBasedSlot: 1 systemCoreId: 4"));
   status->maxFapsPerSlotIs(300);
-  expectRangeText([&] { firstFapId(status, Fru::SlotId(10)); }, kFapRange);
-  status->maxCoresPerSlotIs(300);
-  expectRangeText([&] { firstSystemCoreId(status, Fru::SlotId(10)); }, kSystemCoreRange);
-}
-
-TEST_F(Slots, PerSlotCountsMustBePositive) {
+  EXPECT_EQ(firstFapId(status, Fru::SlotId(9)), FapId(1800));
+  expectRangeText([&] { firstFapId(status, Fru::SlotId(10)); }, kFapRange);  // 7 x 300
+  status->maxCoresPerSlotIs(2048);
+  EXPECT_EQ(firstSystemCoreId(status, Fru::SlotId(4)), SystemCoreId(2048));
+  expectRangeText([&] { firstSystemCoreId(status, Fru::SlotId(5)); }, kCoreRange);
+  // Empty blocks, and a missing FRU configuration, end the process.
   status->maxFapsPerSlotIs(0);
   status->maxCoresPerSlotIs(0);
   EXPECT_EQ(firstFapId(status, Fru::SlotId(2)), FapId());  // outside: not asked
-  EXPECT_DEATH(firstFapId(status, Fru::SlotId(3)),
-               assertionPattern("Hardware::Vorn::FapId Hardware::Vorn::firstFapId("
-                                "const Hardware::Vorn::Status::PtrConst&, Fru::SlotId)",
-                                "maxFapsPerSlot > 0"));
-  EXPECT_DEATH(firstSystemCoreId(status, Fru::SlotId(3)),
-               assertionPattern("Hardware::Vorn::SystemCoreId Hardware::Vorn::firstSystemCoreId("
-                                "const Hardware::Vorn::Status::PtrConst&, Fru::SlotId)",
-                                "maxCoresPerSlot > 0"));
-}
-
-TEST_F(Slots, NeedTheFruConfiguration) {
-  const std::string pattern = assertionPattern(
-      "int Hardware::Vorn::zeroBasedSlotId("
-      "const Hardware::Vorn::Status::PtrConst&, Fru::SlotId)",
-      "sysLimits->sysFruConfig()");
+  EXPECT_DEATH(firstFapId(status, Fru::SlotId(3)), failedAssertion("maxFapsPerSlot > 0"));
+  EXPECT_DEATH(firstSystemCoreId(status, Fru::SlotId(3)), failedAssertion("maxCoresPerSlot > 0"));
   Mox::singletonIs<SystemLimits>()->sysFruConfigDel();
-  EXPECT_DEATH(zeroBasedSlotId(status, Fru::SlotId(3)), pattern);
-  // Without the singleton it is created, and still has no configuration.
-  Mox::singletonDel<SystemLimits>();
-  EXPECT_DEATH(
-      {
-        if (Mox::singletonExists<SystemLimits>()) std::abort();
-        zeroBasedSlotId(status, Fru::SlotId(3));
-      },
-      pattern);
+  EXPECT_DEATH(zeroBasedSlotId(status, Fru::SlotId(3)),
+               failedAssertion("sysLimits->sysFruConfig()"));
 }
 
-TEST(Slices, NameOfAFapsSlice) {
+CATALOGUE_TEST(SlicesDeathTest, NameAndRevisionOfASlice, "fapIdToSliceName", "sliceFapRev") {
   Status::Ptr status(new Status());
   status->fapName().is(FapId(1), "Jericho3/1");
   status->fapName().is(FapId(2), "Arad0");
   EXPECT_EQ(fapIdToSliceName(status, FapId(1)), "Linecard3");
   EXPECT_EQ(fapIdToSliceName(status, FapId(2)), "FixedSystem");
+  // A FAP without a name has the empty name, which names no linecard.
   EXPECT_DEATH(fapIdToSliceName(status, FapId(3)), "^Failed\\(false\\) Incorrect fapName \n");
-}
-
-TEST(Slices, RevisionOfTheFirstFap) {
-  Status::Ptr status(new Status());
+  // The revision of the slice's first FAP.
   Regpath::Fapmask mask;
   mask.fapIdIs(Regpath::FapId(9), true);
   mask.fapIdIs(Regpath::FapId(5), true);
@@ -245,14 +196,16 @@ TEST(Slices, RevisionOfTheFirstFap) {
   status->fapRevision().is(FapId(5), {fapRevMajor6, 2});
   status->fapRevision().is(FapId(9), {fapRevMajor8, 1});
   EXPECT_EQ(sliceFapRev(status, "Linecard3"), (FapRevision{fapRevMajor6, 2}));
-  EXPECT_EQ(sliceFapRev(status, "Linecard4"), FapRevision());  // no such slice
+  status->fapmaskForSlice().is("Linecard5", Regpath::Fapmask());  // a slice without FAPs
+  for (const char* slice : {"", "Linecard4", "Linecard5"})
+    EXPECT_EQ(sliceFapRev(status, slice), FapRevision()) << slice;
   status->fapRevision().del(FapId(5));
   EXPECT_EQ(sliceFapRev(status, "Linecard3"), FapRevision());  // first FAP without one
-  status->fapmaskForSlice().is("Linecard5", Regpath::Fapmask());
-  EXPECT_EQ(sliceFapRev(status, "Linecard5"), FapRevision());
 }
 
-TEST(CpuTmPorts, PairUp) {
+// Port 0 and 133 to 137 are the CPU TM ports; n runs from 0 to 5.
+CATALOGUE_TEST(CpuTmPortsDeathTest, PairUp, "getCpuTmSystemPhyPortId", "nthCpuTmFapPortId",
+               "nthCpuTmSystemPhyPortId") {
   for (U16 n = 0; n < Constants::numCpuTms(); ++n) {
     EXPECT_EQ(getCpuTmSystemPhyPortId(nthCpuTmFapPortId(n)), nthCpuTmSystemPhyPortId(n)) << n;
     EXPECT_EQ(nthCpuTmSystemPhyPortId(n), SystemPhyPortId(static_cast<U16>(n + 2))) << n;
@@ -260,25 +213,12 @@ TEST(CpuTmPorts, PairUp) {
   EXPECT_EQ(nthCpuTmFapPortId(0), FapPortId(0));
   EXPECT_EQ(nthCpuTmFapPortId(1), FapPortId(133));
   EXPECT_EQ(nthCpuTmFapPortId(5), FapPortId(137));
-  EXPECT_EQ(getCpuTmSystemPhyPortId(FapPortId(0)), SystemPhyPortId(2));
-  EXPECT_EQ(getCpuTmSystemPhyPortId(FapPortId(137)), SystemPhyPortId(7));
-}
-
-TEST(CpuTmPortsDeath, OutsideTheSix) {
-  const std::string count = "nthCpuTm < Constants::numCpuTms()";
-  EXPECT_DEATH(nthCpuTmSystemPhyPortId(6),
-               assertionPattern("Hardware::Vorn::SystemPhyPortId "
-                                "Hardware::Vorn::nthCpuTmSystemPhyPortId(U16)",
-                                count));
-  EXPECT_DEATH(
-      nthCpuTmFapPortId(6),
-      assertionPattern("Hardware::Vorn::FapPortId Hardware::Vorn::nthCpuTmFapPortId(U16)", count));
-  const std::string notCpu = assertionPattern(
-      "Hardware::Vorn::SystemPhyPortId Hardware::Vorn::getCpuTmSystemPhyPortId("
-      "Hardware::Vorn::FapPortId)",
-      "fpid.isCpuTmPort()");
-  for (U32 port : {1u, 132u, 138u, 256u})
-    EXPECT_DEATH(getCpuTmSystemPhyPortId(FapPortId(port)), notCpu) << port;
+  const std::string count = failedAssertion("nthCpuTm < Constants::numCpuTms()");
+  EXPECT_DEATH(nthCpuTmSystemPhyPortId(6), count);
+  EXPECT_DEATH(nthCpuTmFapPortId(6), count);
+  for (U32 port : {1u, 132u, 138u})
+    EXPECT_DEATH(getCpuTmSystemPhyPortId(FapPortId(port)), failedAssertion("fpid.isCpuTmPort()"))
+        << port;
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Pelo/L3Rlog.h"
+#include "Vorn/BadInputCatalogue.h"
 #include "Vorn/VornPeloL3RltraceHelper.h"
 
 namespace {
@@ -18,7 +19,10 @@ class PeloL3Rltrace : public testing::Test {
   const Pelo::RlogSizeSpec savedSpec_ = Pelo::miscL3SizeSpec;
 };
 
-TEST_F(PeloL3Rltrace, OpensTheAgentsFileWithTheFacilitySize) {
+// The agent's name is taken as text whatever it holds: empty, with format
+// characters, long.
+CATALOGUE_TEST_F(PeloL3Rltrace, OpensTheAgentsFileWithTheFacilitySize,
+                 "Vorn::setupPeloL3MiscRltrace") {
   Pelo::miscL3SizeSpec = {128, 64};
   Vorn::setupPeloL3MiscRltrace("Pelo");
   const Pelo::RlogHandle& h = Pelo::peloL3MiscRlogHandle;
@@ -27,17 +31,11 @@ TEST_F(PeloL3Rltrace, OpensTheAgentsFileWithTheFacilitySize) {
   EXPECT_EQ(h.sizeSpec.messageBytes, 64u);
   EXPECT_FALSE(h.keepExisting);
   EXPECT_EQ(h.opens, 1u);
-}
-
-TEST_F(PeloL3Rltrace, NameIsTakenAsTextWhateverItHolds) {
-  Vorn::setupPeloL3MiscRltrace("100%s-%d");
-  EXPECT_EQ(Pelo::peloL3MiscRlogHandle.fileName, "PeloL3Misc-100%s-%d.rlog");
-  Vorn::setupPeloL3MiscRltrace("");
-  EXPECT_EQ(Pelo::peloL3MiscRlogHandle.fileName, "PeloL3Misc-.rlog");
-  const std::string longName(1000, 'x');
-  Vorn::setupPeloL3MiscRltrace(Mox::String(longName));
-  EXPECT_EQ(Pelo::peloL3MiscRlogHandle.fileName.stdString(), "PeloL3Misc-" + longName + ".rlog");
-  EXPECT_EQ(Pelo::peloL3MiscRlogHandle.opens, 3u);
+  for (const std::string& name : {std::string(), std::string("100%s-%d"), std::string(5000, 'x')}) {
+    Vorn::setupPeloL3MiscRltrace(Mox::String(name.c_str()));
+    EXPECT_EQ(h.fileName.stdString(), "PeloL3Misc-" + name + ".rlog");
+  }
+  EXPECT_EQ(h.opens, 4u);
 }
 
 }  // namespace

@@ -1,0 +1,215 @@
+// The thresholds the egress buffering machine generates, in the cases the
+// shipped chip tables do not reach, and the shipped tables against what the
+// generator needs of them.
+#include <gtest/gtest.h>
+
+#include <climits>
+
+#include "Vorn/BadInputCatalogue.h"
+#include "Vorn/EgressTestSupport.h"
+
+using namespace Hardware::Vorn;
+using VornTest::EgressSystem;
+using VornTest::kP0;
+using VornTest::kP1;
+using VornTest::ScopedEgressChipTables;
+using VornTest::smAssertion;
+using VornTest::uniformTables;
+
+namespace {
+
+// Multicast gets the odd buffer and every descriptor unicast did not take;
+// each class a share of it in single precision: 0.76f x 4000 rounds to
+// exactly 3040 (in double it would truncate to 3039).
+TEST(CgmThresholds, AnOddBufferTotalAndTheClassShares) {
+  ScopedEgressChipTables tables(uniformTables(2001, 5000, 20000, 4096, 4, 2));
+  EgressSystem sys({fapRevMajor3, fapRevMajor8});
+  sys.build();
+  for (auto p : {kP0, kP1}) {
+    EgressBufThresholds::Ptr thr = sys.thresholds(p);
+    EXPECT_EQ(thr->globalUcThresholds(), (EgressResource{1000, 1000}));
+    EXPECT_EQ(thr->globalMcThresholds(), (EgressResource{1001, 4000}));
+    const auto& perTc = thr->sp0McPerTcThresholds();
+    EXPECT_EQ(*perTc.find(TrafficClassId(0)), (EgressResource{760, 3040}));
+    EXPECT_EQ(*perTc.find(TrafficClassId(7)), thr->globalMcThresholds());
+  }
+}
+
+TEST(CgmThresholds, TheTotalsAreTheSmallestOfTheProfilesRevisions) {
+  EgressChipTables t = uniformTables(0, 0, 20000, 4096, 4, 2);
+  t.totalBuffers[fapRevMajor3] = 3000;
+  t.totalBuffers[fapRevMajor5] = 2000;  // profile 0's smallest
+  t.totalBuffers[fapRevMajor7] = 1000;  // profile 1's: not profile 0's
+  t.totalBuffers[fapRevMajor9] = 4000;
+  t.totalDescriptors[fapRevMajor3] = 9000;
+  t.totalDescriptors[fapRevMajor5] = 7000;
+  t.totalDescriptors[fapRevMajor7] = 8000;
+  t.totalDescriptors[fapRevMajor9] = 6000;
+  ScopedEgressChipTables tables(t);
+  EgressSystem sys({fapRevMajor3, fapRevMajor5, fapRevMajor7, fapRevMajor9});
+  sys.build();
+  EXPECT_EQ(sys.thresholds(kP0)->globalMcThresholds(), (EgressResource{1000, 7000 - 1000}));
+  EXPECT_EQ(sys.thresholds(kP1)->globalMcThresholds(), (EgressResource{500, 6000 - 500}));
+  // A profile without revisions takes the loop's start value, 0xFFFFFFFF, as
+  // it is; 16-bit buffer counts keep their low bits.
+  EgressSystem one({fapRevMajor3});
+  one.build();
+  EgressBufThresholds::Ptr thr = one.thresholds(kP1);
+  EXPECT_EQ(thr->globalUcThresholds(), (EgressResource{0xFFFF, 0x7FFFFFFF}));
+  EXPECT_EQ(thr->globalMcThresholds(), (EgressResource{0, 0x80000000}));
+  EXPECT_EQ(thr->sp0MaxReservedThresholds().pd, 12288u);
+}
+
+TEST(CgmThresholds, TheExportedRatioTableIsRead) {
+  ScopedEgressChipTables tables(uniformTables(2001, 5000, 20000, 4096, 4, 2));
+  const float saved = tcMaxRatioSp[3];
+  tcMaxRatioSp[3] = 0.5f;
+  EgressSystem sys({fapRevMajor3});
+  sys.build();
+  tcMaxRatioSp[3] = saved;
+  EXPECT_EQ(*sys.thresholds(kP0)->sp0McPerTcThresholds().find(TrafficClassId(3)),
+            (EgressResource{500, 2000}));
+}
+
+constexpr FapRevMajor kRevisions[] = {fapRevMajor1, fapRevMajor2, fapRevMajor3,
+                                      fapRevMajor4, fapRevMajor5, fapRevMajor6,
+                                      fapRevMajor7, fapRevMajor8, fapRevMajor9};
+
+// Unicast's half of every revision's buffers fits a 16-bit count and its
+// descriptors cover it; every revision, alone or with another, generates
+// both profiles completely without a failed check.
+TEST(EgressChipTables, EveryRevisionAndPairGenerates) {
+  const EgressChipTables& t = defaultEgressChipTables();
+  for (FapRevMajor a : kRevisions) {
+    EXPECT_LE(t.totalBuffers[a] - t.totalBuffers[a] / 2, 0xFFFFu) << a;
+    EXPECT_GT(t.totalDescriptors[a], t.totalBuffers[a] / 2) << a;
+    EXPECT_GT(t.maxDescriptorsPerQueue[a], 0u) << a;
+    for (FapRevMajor b : kRevisions) {
+      if (b < a) continue;
+      EgressSystem sys({a, b});
+      sys.build();
+      for (auto p : {kP0, kP1}) {
+        ASSERT_TRUE(sys.thresholds(p));
+        EXPECT_EQ(sys.thresholds(p)->egressProfiles().size(), 11u) << a << " and " << b;
+      }
+    }
+  }
+}
+
+// 3000 unicast buffers and descriptors, 12 ports of every speed without HOLB.
+EgressChipTables twelvePorts() {
+  return uniformTables(6000, 12000, 20000, 4096, 12, 2);
+}
+
+// Ports start flow control at half their discard threshold; queues at 55 %
+// on the 100G, 200G and 400G profiles and 34 % elsewhere, profiles outside 5
+// to 15 included. (16, "no profile", takes the queue ratio of the speed the
+// type library answered it for.)
+CATALOGUE_TEST(EgqThresholds, FlowControlRatios, "getPortFlowControlToDiscardRatio",
+               "getQueueFlowControlToDiscardRatio") {
+  for (U32 prof : {0u, 4u, 5u, 6u, 7u, 8u, 9u, 10u, 11u, 12u, 13u, 14u, 15u, 16u, 17u, UINT_MAX}) {
+    const bool fast = prof >= 13 && prof <= 15;
+    EXPECT_EQ(getPortFlowControlToDiscardRatio(EgqProfile(prof)), 0.5f) << prof;
+    if (prof == 16) continue;
+    EXPECT_EQ(getQueueFlowControlToDiscardRatio(EgqProfile(prof), kP0), prof == 13 ? 0.55f : 0.34f)
+        << prof;
+    EXPECT_EQ(getQueueFlowControlToDiscardRatio(EgqProfile(prof), kP1), fast ? 0.55f : 0.34f)
+        << prof;
+  }
+}
+
+// A machine that runs generateEgqConfigurations on chosen global limits.
+struct GlobalsSystem : EgressSystem {
+  GlobalsSystem() : EgressSystem({fapRevMajor3, fapRevMajor8}, Redundancy::redundancyModeStandby) {
+    sm = build();
+    sm->generateCgmConfigurations();
+  }
+  void generateFrom(EgressResource uc, EgressResource mc) {
+    for (auto p : {kP0, kP1}) {
+      thresholds(p)->globalUcThresholdsIs(uc);
+      thresholds(p)->globalMcThresholdsIs(mc);
+    }
+    sm->generateEgqConfigurations();
+  }
+  EgressBufferingSm::Ptr sm;
+};
+
+// A port share at or below the queue reserve shares nothing; below it the
+// difference wraps. The descriptor side is clamped to 4096 per queue.
+TEST(EgqThresholds, APortShareAtTheQueueReserveSharesNothing) {
+  ScopedEgressChipTables tables(uniformTables(6000, 12000, 20000, 4096, 12, 1));
+  GlobalsSystem sys;
+  for (U32 mc : {200u, 150u, 100u}) {  // port share 50, 0, and wrapped below 0
+    sys.generateFrom({3000, 3000}, {static_cast<U16>(mc), mc});
+    const EgqThresholds t = sys.egq(kP0, 7);
+    EXPECT_EQ(t.portMulticastDescriptor(), mc - 150u) << mc;
+    EXPECT_EQ(t.queueMulticastDpBuffer(DropPrecedence(1)),
+              mc == 100 ? VornTest::singleScaled((0u - 50u - 50u) / 3u, 0.95f) : 0u)
+        << mc;
+    EXPECT_EQ(t.queueMulticastDpSharedDescriptor(DropPrecedence(1)), mc == 100 ? 3891u : 0u) << mc;
+  }
+}
+
+// The last speed mapped to a profile decides its ports and reserve (the
+// shipped tables map one speed to a profile). Profiles 6 and 9 count 10G and
+// 40G ports whatever maps to them but keep their speed's reserve; 5 reserves
+// nothing and 8 nothing but its speed's reserve.
+TEST(EgqThresholds, SpeedsOfTheSpecialProfiles) {
+  EgressChipTables t = twelvePorts();  // 3000 buffers each way
+  t.egqProfileForSpeed[kP0][Interface::speed25Gbps] = 10;
+  t.egqProfileForSpeed[kP0][Interface::speed40Gbps] = 10;
+  t.maxPortsWithoutUcHolb[kP0][Interface::speed40Gbps] = 6;
+  t.frontPanelMin[kP0] = 5;
+  t.egqProfileForSpeed[kP0][Interface::speed50Gbps] = 5;
+  t.egqProfileForSpeed[kP0][Interface::speed100Gbps] = 8;
+  t.egqProfileForSpeed[kP1][Interface::speed50Gbps] = 9;
+  t.egqProfileForSpeed[kP1][Interface::speed25Gbps] = 6;
+  t.maxPortsWithoutUcHolb[kP1][Interface::speed40Gbps] = 6;
+  t.maxPortsWithoutUcHolb[kP1][Interface::speed10Gbps] = 10;
+  ScopedEgressChipTables tables(t);
+  EgressSystem sys({fapRevMajor3, fapRevMajor8});
+  sys.build();
+  EXPECT_EQ(sys.egq(kP0, 10).portUnicastBuffer(), 500u);
+  EXPECT_EQ(sys.egq(kP0, 10).queueMulticastReservedDescriptor(), 640u);  // 40G: 4 x 160
+  EXPECT_EQ(sys.egq(kP0, 5).queueMulticastReservedDescriptor(), 0u);
+  EgqThresholds eight;
+  eight.queueMulticastReservedDescriptorIs(1600);
+  EXPECT_TRUE(sys.egq(kP0, 8) == eight);
+  EXPECT_EQ(sys.egq(kP1, 9).portUnicastBuffer(), 3000u / 6);
+  EXPECT_EQ(sys.egq(kP1, 9).queueMulticastReservedDescriptor(), 800u);  // 50G: 5 x 160
+  EXPECT_EQ(sys.egq(kP1, 6).portUnicastBuffer(), 3000u / 10);
+  EXPECT_EQ(sys.egq(kP1, 6).queueMulticastReservedDescriptor(), 320u);  // 25G came last
+}
+
+TEST(EgqThresholdsDeath, AQueueAtItsPortsFlowControlAborts) {
+  // 48 unicast buffers over 16 ports: 3 per port, 1 per queue, flow control 1.
+  ScopedEgressChipTables tables(uniformTables(96, 1000, 20000, 4096, 16, 2));
+  EgressSystem sys({fapRevMajor3});
+  EXPECT_DEATH(
+      sys.build(),
+      smAssertion(365, "egqTh.queueUnicastBuffer() < egqTh.portUnicastBufferFlowControl()"));
+}
+
+TEST(EgqThresholdsDeath, AQueueAtItsPortsDescriptorFlowControlAborts) {
+  ScopedEgressChipTables tables(uniformTables(6000, 12000, 20000, 4096, 16, 2));
+  GlobalsSystem sys;
+  EXPECT_DEATH(sys.generateFrom({3000, 48}, {3000, 3000}),
+               smAssertion(367,
+                           "egqTh.queueUnicastDescriptor() < "
+                           "egqTh.portUnicastDescriptorFlowControl()"));
+}
+
+TEST(EgqThresholdsDeath, ASpeedMappedOutsideTheFrontPanelAborts) {
+  const char* cond =
+      "prof >= EgqProfile::frontPanelMin( egrBufThreshProf ) && "
+      "prof <= EgqProfile::frontPanelMax( egrBufThreshProf )";
+  for (U8 prof : {5, 14}) {  // one below and one above profile 0's front panel
+    EgressChipTables t = defaultEgressChipTables();
+    t.egqProfileForSpeed[kP0][Interface::speed25Gbps] = prof;
+    ScopedEgressChipTables tables(t);
+    EgressSystem sys({fapRevMajor3});
+    EXPECT_DEATH(sys.build(), smAssertion(210, cond)) << int{prof};
+  }
+}
+
+}  // namespace
