@@ -5,7 +5,6 @@
 #include <climits>
 #include <cstdio>
 #include <cstring>
-#include <random>
 #include <string>
 
 #include "Vorn/CommandFormat.h"
@@ -57,17 +56,6 @@ TEST(CommandFormat, StringsLiteralsAndPercent) {
 
 TEST(CommandFormat, OtherConversionsFallBackToTheCLibrary) {
   EXPECT_SAME_AS_SNPRINTF("%.3s %+d %#x %5.2f", "abcdef", 5, 255u, 3.14159);
-}
-
-TEST(CommandFormat, RandomValues) {
-  std::mt19937 rng(7);
-  for (int i = 0; i < 2000; ++i) {
-    unsigned u = rng();
-    int d = static_cast<int>(rng());
-    EXPECT_SAME_AS_SNPRINTF("vlan_vsi_add %s %d %d %d %d", "PortChannel5", d, d >> 8, d >> 16, d & 0xFFFF);
-    EXPECT_SAME_AS_SNPRINTF("devparams %s %u %u %u %u %u %u %u %u", "fap0", u, u >> 1, u >> 2, u >> 3,
-                            u >> 4, u >> 5, u >> 6, u >> 7);
-  }
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "Vorn/BadInputCatalogue.h"
 #include "Vorn/LagTestSupport.h"
 
 using namespace Hardware::Vorn;
@@ -47,51 +48,45 @@ TEST(LagDevice, EqualityComparesWholeRecords) {
   EXPECT_NE(lagDevice("po13", LagId(7)), lagDevice("po12", LagId(7)));
 }
 
-TEST(LagDevice, AssignmentCopiesEveryField) {
+// Assignment copies every field into an independent record, also from
+// itself, through an alias, from a table entry, from a record that shares
+// its name's text, and from the empty and the largest records.
+CATALOGUE_TEST(LagDevice, AssignmentCopiesEveryField, "LagDevice::operator=") {
   const LagDevice source = sample();
   LagDevice target = lagDevice("po1", LagId(1), {{"et9", 9}}, {"Ethernet9"});
   target = source;
   EXPECT_EQ(target, source);
   EXPECT_EQ(target.sysAggrPortId(), 0x8007);
   EXPECT_EQ(target.lagMode(), 2);
-  // The copy is independent of its source.
   target.lagMemberConfigIs("Ethernet3", true);
   EXPECT_FALSE(source.lagMemberConfig("Ethernet3"));
-  // Moving assigns through the same operator.
   LagDevice moved;
   moved = sample();
   EXPECT_EQ(moved, source);
-}
 
-TEST(LagDevice, SelfAssignmentThroughAnAliasKeepsTheRecord) {
   LagDevice lag = sample();
-  const LagDevice before = lag;
   LagDevice* alias = &lag;
   lag = *alias;
-  EXPECT_EQ(lag, before);
+  EXPECT_EQ(lag, source);
   EXPECT_EQ(lag.name(), "po12");
-  // Through the table: an entry assigned from itself.
   VornDmaLags::Ptr table = vornDmaLagsFactory("vornDmaLags");
   table->lagDeviceIs(sample());
-  LagDevice copy = *table->lagDevice("po12");
-  const LagDevice& entry = *table->lagDevice("po12");
-  copy = entry;
-  EXPECT_EQ(copy, before);
-  LagDevice& sameEntry = copy;
-  copy = sameEntry;
-  EXPECT_EQ(copy, before);
-}
-
-TEST(LagDevice, AssignmentFromARecordThatSharesTheName) {
-  // The target holds the last reference but one to the source's text.
-  LagDevice target = sample();
+  lag = *table->lagDevice("po12");
+  EXPECT_EQ(lag, source);
   {
-    LagDevice source = target;
-    source.lagModeIs(4);
-    target = source;
+    LagDevice sharer = lag;  // lag then holds the last reference but one to the name
+    sharer.lagModeIs(4);
+    lag = sharer;
   }
-  EXPECT_EQ(target.name(), "po12");
-  EXPECT_EQ(target.lagMode(), 4);
+  EXPECT_EQ(lag.name(), "po12");
+  EXPECT_EQ(lag.lagMode(), 4);
+
+  const LagDevice empty{Mox::String(), LagId()};
+  lag = empty;
+  EXPECT_EQ(lag, empty);
+  const LagDevice big(Mox::String(std::string(1000, 'p').c_str()), LagId(LagId::null()));
+  lag = big;
+  EXPECT_EQ(lag, big);
 }
 
 TEST(VornDmaLags, LagDeviceIsReplacesWholeAndIteratesByName) {
