@@ -1,10 +1,14 @@
 // The command channel: fab_ioctl, syserr, saimode, the simulation switch and
 // the presence probes.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <string>
 
 #include "Kernel/Kernel.h"
@@ -139,6 +143,53 @@ CATALOGUE_TEST(CommandChannelDeathTest, SyserrPrintsLikePerrorAndAborts, "syserr
         },
         testing::KilledBySignal(SIGABRT), "^" + c.text + VORN_ABORT_END)
         << c.text.substr(0, 20);
+}
+
+// Linux itself, except that "/dev/fabric" is the random device, which
+// refuses every request it does not know: the command path's own system call
+// (which leaves errno alone), not the emulator's table. Each case runs in a
+// fresh child, so the descriptor is opened there.
+Kernel::Ops refusingDeviceOps() {
+  Kernel::Ops ops = Kernel::linuxOps();
+  ops.open = [](const char* path, int flags) {
+    if (std::strcmp(path, "/dev/fabric") == 0) path = "/dev/urandom";
+    return Kernel::linuxOps().open(path, flags);
+  };
+  return ops;
+}
+
+// The error number the random device answers a command with: EINVAL from
+// Linux; ENOSYS where 32-bit programs run under qemu's user-mode emulator,
+// which answers requests it does not know without asking the kernel.
+int randomDeviceRefusal() {
+  const int fd = ::open("/dev/urandom", O_RDWR);
+  char buf[kCommandSize] = "devstate fap0 up";
+  const int rc = ::ioctl(fd, kCommandSize, buf) == -1 ? errno : 0;
+  ::close(fd);
+  return rc;
+}
+
+TEST(CommandChannelDeathTest, RefusalsOnTheSystemCallPathKeepTheirErrorText) {
+  static const Kernel::Ops ops = refusingDeviceOps();
+  const int refused = randomDeviceRefusal();
+  ASSERT_NE(refused, 0);
+  const std::string text = std::strerror(refused);
+  EXPECT_EXIT(
+      {
+        Kernel::opsIs(&ops);
+        char buf[kCommandSize] = "devstate fap0 up";
+        errno = 0;
+        const int rc = fab_ioctl(buf, kCommandSize);
+        std::_Exit(rc == refused && errno == refused ? 0 : 1);  // errno as after ioctl
+      },
+      testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        Kernel::opsIs(&ops);
+        errno = 0;
+        vornDmaMpcMode(true);
+      },
+      testing::KilledBySignal(SIGABRT), "^mpcmode on: " + text + VORN_ABORT_END);
 }
 
 // Exactly "sai" is SAI mode, read once per process: each value is tried in
