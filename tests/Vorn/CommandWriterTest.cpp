@@ -36,7 +36,8 @@ namespace {
   } while (0)
 #define VIA_WRITER(buf, cap, fmt, ...) writeCommandInto<fmt>(buf, cap, __VA_ARGS__)
 #define EXPECT_WRITES_AS_SNPRINTF(fmt, ...) EXPECT_SAME_AS_SNPRINTF(VIA_WRITER, fmt, __VA_ARGS__)
-#define EXPECT_FORMATS_AS_SNPRINTF(fmt, ...) EXPECT_SAME_AS_SNPRINTF(formatCommand, fmt, __VA_ARGS__)
+#define EXPECT_FORMATS_AS_SNPRINTF(fmt, ...) \
+  EXPECT_SAME_AS_SNPRINTF(formatCommand, fmt, __VA_ARGS__)
 
 // Every format the driver commands are written with, fed one value per
 // argument kind.

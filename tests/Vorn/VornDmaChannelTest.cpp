@@ -45,7 +45,7 @@ CATALOGUE_TEST(CommandChannel, AnswersArePositiveErrnos, "fab_ioctl") {
     unsigned size;
     int want;
   } cases[] = {
-      {"mpcmode on", kCommandSize, EPERM},         // scripted refusal
+      {"mpcmode on", kCommandSize, EPERM},  // scripted refusal
       {"devpresent 0000:03:00.0", kCommandSize, 0},
       {"devpresent 0000:03:00.0", kDevStatsSize, EINVAL},
       {"mpcmode on", 0, EINVAL},
@@ -196,8 +196,8 @@ TEST(CommandChannelDeathTest, RefusalsOnTheSystemCallPathKeepTheirErrorText) {
 // a child of its own, which also checks that a later change is not seen.
 CATALOGUE_TEST(CommandChannelDeathTest, SaiModeIsExactlySaiReadOnce, "saimode") {
   const std::pair<const char*, bool> cases[] = {
-      {nullptr, false}, {"sai", true},   {"", false},     {"sa", false},
-      {"sai ", false},  {"SAI", false},  {"saix", false}, {" sai", false},
+      {nullptr, false}, {"sai", true},  {"", false},     {"sa", false},
+      {"sai ", false},  {"SAI", false}, {"saix", false}, {" sai", false},
   };
   for (const auto& [value, want] : cases)
     EXPECT_EXIT(

@@ -25,7 +25,9 @@ namespace {
 
 constexpr const char kPci[] = "0000:03:00.0";
 
-Mox::Ptr<Fru::PciHam const> ham() { return Fru::PciHam::pciHamIs({0, 3, 0, 0}); }
+Mox::Ptr<Fru::PciHam const> ham() {
+  return Fru::PciHam::pciHamIs({0, 3, 0, 0});
+}
 
 class Devices : public testing::Test {
  protected:
@@ -74,8 +76,9 @@ CATALOGUE_TEST_F(Devices, RenameAnswers, "vornDmaDeviceRename") {
   driver.answerNext("devname", ENODEV);
   EXPECT_EQ(vornDmaDeviceRename("fap2", ham()), ENODEV);
   sigaction(SIGBUS, &old, nullptr);
-  EXPECT_THAT(trace.texts(),
-              ElementsAre("vornDmaDeviceRename cmd: devname fap2 0000:03:00.0 error No such device"));
+  EXPECT_THAT(
+      trace.texts(),
+      ElementsAre("vornDmaDeviceRename cmd: devname fap2 0000:03:00.0 error No such device"));
 }
 
 // Other refusals (an empty name, say) mean that the driver and the library

@@ -93,8 +93,9 @@ CATALOGUE_TEST_F(HostDevices, IfaddCommandVariantsAndBounds, "vornDmaIfadd") {
   EXPECT_EQ(vornDmaIfadd("et1", 5, 0, "", true, true, kMac), EINVAL);
   EXPECT_THAT(driver.commands(), IsEmpty());
   EXPECT_EQ(tc.lines().size(), 9u);
-  EXPECT_EQ(trace.texts().back(),
-            "vornDmaIfadd: interface et1 ctrl: 1 hwLag: 1 Error: ctrl/hwLag are mutually exclusive");
+  EXPECT_EQ(
+      trace.texts().back(),
+      "vornDmaIfadd: interface et1 ctrl: 1 hwLag: 1 Error: ctrl/hwLag are mutually exclusive");
 }
 
 TEST_F(HostDevices, ExistingDeviceIsSuccessAndLeftAlone) {
@@ -324,12 +325,13 @@ CATALOGUE_TEST_F(HostDevices, RoutedPortUsesTheParentAndToleratesAMissingDevice,
     EXPECT_EQ(vornDmaRoutedPortSet(name.c_str(), 5), 0) << name;
   EXPECT_EQ(vornDmaRoutedPortSet("et1", UINT_MAX), EINVAL);  // not a VLAN the driver knows
   const auto sent = driver.commands();
-  EXPECT_THAT(std::vector<std::string>(sent.begin(), sent.begin() + 3),
-              ElementsAre("internalvlan 1006 et1", "internalvlan 1007 et7", "internalvlan 1008 et1"));
-  EXPECT_THAT(std::vector<std::string>(sent.end() - 5, sent.end()),
-              ElementsAre("internalvlan 5 ", "internalvlan 5 ",
-                          "internalvlan 5 " + std::string(78, 'a'), "internalvlan 5 " + dotBeyondCopy,
-                          "internalvlan 4294967295 et1"));
+  EXPECT_THAT(
+      std::vector<std::string>(sent.begin(), sent.begin() + 3),
+      ElementsAre("internalvlan 1006 et1", "internalvlan 1007 et7", "internalvlan 1008 et1"));
+  EXPECT_THAT(
+      std::vector<std::string>(sent.end() - 5, sent.end()),
+      ElementsAre("internalvlan 5 ", "internalvlan 5 ", "internalvlan 5 " + std::string(78, 'a'),
+                  "internalvlan 5 " + dotBeyondCopy, "internalvlan 4294967295 et1"));
 }
 
 TEST_F(HostDevices, EncapVlanOfARoutedPort) {
@@ -430,7 +432,8 @@ CATALOGUE_TEST_F(HostDevices, IntfStateOnlyInSaiMode, "vornDmaSetIntfState") {
     CHILD_CHECK(ok, trace.texts().empty());
     CHILD_CHECK(ok, vornDmaSetIntfState(Mox::String(kOverlong.c_str()), true) == EINVAL);
     const std::vector<std::string> sent = driver.commands();
-    CHILD_CHECK(ok, sent.size() == 5 && sent[1] == "ifstate et1 down" && sent[3] == "ifstate  down");
+    CHILD_CHECK(ok,
+                sent.size() == 5 && sent[1] == "ifstate et1 down" && sent[3] == "ifstate  down");
     CHILD_CHECK(ok, sent.back().size() == kCommandSize - 1);
     driver.answerNext("ifstate", EIO);
     CHILD_CHECK(ok, vornDmaSetIntfState("et1", true) == EIO);

@@ -207,15 +207,16 @@ bool txRawInOwnNamespace(const char* device) {
   close(sock);
   TraceCapture trace;
   Bytes shortPayload(10, 0x5a), fullPayload(183);
-  for (std::size_t i = 0; i < fullPayload.size(); ++i) fullPayload[i] = static_cast<unsigned char>(7 * i);
+  for (std::size_t i = 0; i < fullPayload.size(); ++i)
+    fullPayload[i] = static_cast<unsigned char>(7 * i);
   vornDmaTxRaw("fap3", 0x01020304, 10, shortPayload.data());
   const Bytes first = nextFrame(tap);
   if (std::string(device) != "txraw") {
     // Bound to no device, the socket cannot send: bind or write refuses it.
     CHILD_CHECK(ok, first.empty());
     const std::vector<std::string> texts = trace.texts();
-    CHILD_CHECK(ok, texts.size() == 2 &&
-                        texts[0] == "vornDmaTxRaw SIOCGIFINDEX error Unknown error -1");
+    CHILD_CHECK(
+        ok, texts.size() == 2 && texts[0] == "vornDmaTxRaw SIOCGIFINDEX error Unknown error -1");
     return ok;
   }
   CHILD_CHECK(ok, first == expectedFrame("fap3", 0x01020304, shortPayload));

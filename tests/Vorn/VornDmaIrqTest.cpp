@@ -63,6 +63,7 @@ CATALOGUE_TEST_F(IrqAffinityMask, MaskOfEachSlot, "getIrqAffinityMask") {
     const char* siblings;
     U32 min, max, slot, mask;
   } rows[] = {
+      // clang-format off
       {2, "00000002\n", 1, 16, 1, 2},   {2, "00000003\n", 1, 16, 16, 2},
       {8, "00000006\n", 1, 16, 8, 2},   {8, "00000006\n", 1, 16, 9, 8},
       {8, "00000006\n", 1, 16, 16, 8},  {8, "00000006\n", 1, 16, 0, 2},
@@ -74,6 +75,7 @@ CATALOGUE_TEST_F(IrqAffinityMask, MaskOfEachSlot, "getIrqAffinityMask") {
       {8, "00000006\n", 1, 4, 5, 2},    {8, "00000006\n", 1, 5, 3, 8},
       {8, "6", 1, 16, 9, 8},            {8, "0x6\n", 1, 16, 9, 8},
       {8, "00000002\n", 1, 16, 9, 4},   {8, "000000000000000006\n", 1, 16, 9, 4},
+      // clang-format on
   };
   for (const auto& r : rows) {
     machineIs(r.cpus, r.siblings, r.min, r.max);

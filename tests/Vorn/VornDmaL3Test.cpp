@@ -133,8 +133,7 @@ CATALOGUE_TEST_F(L3, InvalidArgumentEndsTheProcessExceptForTheVirtualCable, "vor
 
 // The protocol goes out in lower-case hexadecimal without a prefix; a
 // missing or overlong name is the driver's to refuse.
-CATALOGUE_TEST_F(L3, VirtualCableValuesAndNames, "vornDmaVcableSetProto",
-                 "vornDmaVcableSetMuxid") {
+CATALOGUE_TEST_F(L3, VirtualCableValuesAndNames, "vornDmaVcableSetProto", "vornDmaVcableSetMuxid") {
   vornDmaVcableSetProto(0x0800);
   vornDmaVcableSetProto(0xABCD);
   EXPECT_EQ(driver.host().vcableProto, 0xABCDu);

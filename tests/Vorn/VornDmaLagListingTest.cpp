@@ -49,12 +49,12 @@ std::vector<LineKind> kinds(std::initializer_list<std::string_view> lines) {
 TEST(LagListing, OnlyLinesInsideASectionAreRead) {
   // Before any header, after the empty line that closes a section, and in
   // other sections of the file, lines are ignored, even malformed ones.
-  EXPECT_THAT(kinds({"po1 2", "devices:", "fap0 up", "lags:", "po2 3", "", "po3 4", "garbage",
-                     "ilags:", "po4", "lagconfigmap:", "x sys_port 1: po4"}),
-              ElementsAre(LineKind::kIgnored, LineKind::kIgnored, LineKind::kIgnored,
-                          LineKind::kHeader, LineKind::kLag, LineKind::kIgnored,
-                          LineKind::kIgnored, LineKind::kIgnored, LineKind::kHeader, LineKind::kLag,
-                          LineKind::kHeader, LineKind::kConfig));
+  EXPECT_THAT(
+      kinds({"po1 2", "devices:", "fap0 up", "lags:", "po2 3", "", "po3 4", "garbage",
+             "ilags:", "po4", "lagconfigmap:", "x sys_port 1: po4"}),
+      ElementsAre(LineKind::kIgnored, LineKind::kIgnored, LineKind::kIgnored, LineKind::kHeader,
+                  LineKind::kLag, LineKind::kIgnored, LineKind::kIgnored, LineKind::kIgnored,
+                  LineKind::kHeader, LineKind::kLag, LineKind::kHeader, LineKind::kConfig));
 }
 
 // Listings and what they give: the table, or the failure (range error or
@@ -69,7 +69,7 @@ TEST(LagListing, ListingsAndTheirTables) {
       {"", {}},
       {"ilags:\n\nlagconfigmap:\n\n", {}},
       {"po1 2\nlags:\npo2 3\n\npo3 4\n", lagTable({lagDevice("po2", LagId(3))})},
-      {"lags: \npo1\n", {}},  // a header with a blank is no header...
+      {"lags: \npo1\n", {}},                    // a header with a blank is no header...
       {"lags:\nlags: \n", {}, "matches == 3"},  // ...and inside a section a bad line
       {"lags:\nLags:\n", {}, "matches == 3"},
       // LAG ids: none, 0 to 1024.
@@ -96,7 +96,8 @@ TEST(LagListing, ListingsAndTheirTables) {
       // named twice counts.
       {"lags:\npo4 2 xet1 5 Ethernet3 7",
        lagTable({lagDevice("po4", LagId(2), {{"et1", 5}, {"et3", 7}})})},
-      {"lags:\npo4 2 et1 et2 et3 4", lagTable({lagDevice("po4", LagId(2), {{"et1", 0}, {"et3", 4}})})},
+      {"lags:\npo4 2 et1 et2 et3 4",
+       lagTable({lagDevice("po4", LagId(2), {{"et1", 0}, {"et3", 4}})})},
       {"lags:\npo4 2 junk 9 9 et5 1", lagTable({lagDevice("po4", LagId(2), {{"et5", 1}})})},
       {"lags:\npo5 1 et1 2 et1 3", lagTable({lagDevice("po5", LagId(1), {{"et1", 3}})})},
       // The head as scanf reads "po%d %d".
@@ -118,7 +119,8 @@ TEST(LagListing, ListingsAndTheirTables) {
        "Ethernet3/1\tsys_port   -2:po12\net8 sys_port +1: po+3\net7 sys_port 0: po3\n",
        lagTable({lagDevice("po3", LagId(5), {{"et1", 0}}, {"et7", "et8"}),
                  lagDevice("po12", LagId(), {}, {"Ethernet3/1"})})},
-      {"lags:\npo3 5\net7 sys_port 40 : po3", lagTable({lagDevice("po3", LagId(5))}), "matches == 3"},
+      {"lags:\npo3 5\net7 sys_port 40 : po3", lagTable({lagDevice("po3", LagId(5))}),
+       "matches == 3"},
       {"lags:\npo3 5\net7 sys_port 40: p3", lagTable({lagDevice("po3", LagId(5))}), "matches == 3"},
       {"lags:\npo3 5\net7 sys_port: po3", lagTable({lagDevice("po3", LagId(5))}), "matches == 3"},
       {"lags:\npo3 5\net7 sysport 40: po3", lagTable({lagDevice("po3", LagId(5))}), "matches == 3"},

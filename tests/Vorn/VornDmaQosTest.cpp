@@ -39,8 +39,8 @@ class Qos : public testing::Test {
 // The largest values the driver takes are sent and kept; a refusal means
 // the library sent something wrong and ends the process (the traced one
 // shows its error trace first).
-CATALOGUE_TEST_F(Qos, MapsAreSentAndRefusalsEndTheProcess, "vornDmaSetCosToTc",
-                 "vornDmaSetTcToCos", "vornDmaSetDscpToTc") {
+CATALOGUE_TEST_F(Qos, MapsAreSentAndRefusalsEndTheProcess, "vornDmaSetCosToTc", "vornDmaSetTcToCos",
+                 "vornDmaSetDscpToTc") {
   EXPECT_EQ(vornDmaSetCosToTc(5, 2), 0u);
   EXPECT_EQ(vornDmaSetTcToCos(2, 5), 0u);
   EXPECT_EQ(vornDmaSetDscpToTc(46, 7), 0u);
@@ -107,8 +107,8 @@ CATALOGUE_TEST_F(Qos, LargeEntriesSpillIntoTheNextClass, "vornDmaTcToVpriMapAdd"
   EXPECT_EQ(driver.commands().back(), "tc_vpri_map_update et1 4294967295 4294967295");
 }
 
-CATALOGUE_TEST_F(Qos, TableCommandsReturnMissingDeviceAndInvalidArgument,
-                 "vornDmaTcToVpriMapAdd", "vornDmaTcToVpriMapDel", "vornDmaTcToVpriMapUpdate") {
+CATALOGUE_TEST_F(Qos, TableCommandsReturnMissingDeviceAndInvalidArgument, "vornDmaTcToVpriMapAdd",
+                 "vornDmaTcToVpriMapDel", "vornDmaTcToVpriMapUpdate") {
   TraceCapture trace;
   unsigned map[8] = {1, 1, 1, 1, 1, 1, 1, 1};
   EXPECT_EQ(vornDmaTcToVpriMapAdd("et9", map), unsigned{ENODEV});
@@ -182,8 +182,9 @@ CATALOGUE_TEST_F(Qos, VxlanSettersAlwaysSendAndOnlyTrace, "vornDmaVniToVlanIs",
   EXPECT_EQ(driver.host().vtepLearnMode, 2u);
   vornDmaVniToVlanIs(1u << 24, 10);  // no such VNI: refused, traced, nothing else
   vornDmaVtepLearnModeIs(UINT_MAX);
-  EXPECT_THAT(driver.commands(), ElementsAre("vnitovlan 10010 10", "vtep_learn_mode 2",
-                                             "vnitovlan 16777216 10", "vtep_learn_mode 4294967295"));
+  EXPECT_THAT(driver.commands(),
+              ElementsAre("vnitovlan 10010 10", "vtep_learn_mode 2", "vnitovlan 16777216 10",
+                          "vtep_learn_mode 4294967295"));
   EXPECT_THAT(trace.texts(),
               ElementsAre("vornDmaVniToVlanIs: vni: 10010 vlanId 10",
                           "vornDmaVtepLearnModeIs: VxlanVtepLearnMode: 2",
@@ -208,8 +209,8 @@ TEST_F(Qos, SimulationSendsNothingElse) {
 // Bit 15 moves to bit 14; bit 14 is dropped.
 CATALOGUE_TEST(InternalSysPortId, OverTheWholeRange, "vornDmaInternalSysPortIdIs") {
   const std::pair<unsigned short, unsigned short> rows[] = {
-      {0x0000, 0x0000}, {0x3FFF, 0x3FFF}, {0x4001, 0x0001}, {0x8001, 0x4001},
-      {0xC000, 0x4000}, {0xFFFF, 0x7FFF},
+      {0x0000, 0x0000}, {0x3FFF, 0x3FFF}, {0x4001, 0x0001},
+      {0x8001, 0x4001}, {0xC000, 0x4000}, {0xFFFF, 0x7FFF},
   };
   for (const auto& [in, want] : rows) EXPECT_EQ(vornDmaInternalSysPortIdIs(in), want) << in;
 }

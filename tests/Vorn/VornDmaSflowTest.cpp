@@ -88,11 +88,16 @@ CATALOGUE_TEST_F(Sflow, DropThresholdIsTheShareToDropOver32Bits, "vornDmaSflowSa
     bool drop;
     U32 threshold;
   } rows[] = {
-      {16, 4, true, 3221225471u},        {16, 16, true, 0},
-      {16, 4, false, 0},                 {3, 1, true, 2863311530u},
-      {0, 0, true, 0},                   {1, 0, true, UINT_MAX},
-      {UINT_MAX, 0, true, UINT_MAX},     {UINT_MAX, 1, true, UINT_MAX - 1},
-      {UINT_MAX, UINT_MAX - 1, true, 1}, {UINT_MAX, UINT_MAX, true, 0},
+      {16, 4, true, 3221225471u},
+      {16, 16, true, 0},
+      {16, 4, false, 0},
+      {3, 1, true, 2863311530u},
+      {0, 0, true, 0},
+      {1, 0, true, UINT_MAX},
+      {UINT_MAX, 0, true, UINT_MAX},
+      {UINT_MAX, 1, true, UINT_MAX - 1},
+      {UINT_MAX, UINT_MAX - 1, true, 1},
+      {UINT_MAX, UINT_MAX, true, 0},
   };
   for (const auto& r : rows)
     EXPECT_EQ(thresholdFor(r.rate, r.hw, r.drop), r.threshold) << r.rate << "/" << r.hw;
