@@ -42,8 +42,10 @@ TEST(CommandAllocation, DeviceCommandsAllocateNothingWithTracingOff) {
   vornDmaDevcleanup(name);
   bool up;
   vornDmaIsDeviceUp(name, &up);
+  vornDmaSflowSampleRateSet(16, 4, true, fapTypeArad);  // numbers formatted on the stack too
+  vornDmaDisableSflowDrops(fapTypeArad);
   EXPECT_EQ(scope.count(), 0u);
-  EXPECT_EQ(gIoctls, 4);  // each command reached the driver once
+  EXPECT_EQ(gIoctls, 6);  // each command reached the driver once
 }
 
 TEST(CommandAllocation, CounterSeesAllocations) {

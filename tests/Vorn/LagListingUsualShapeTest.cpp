@@ -1,11 +1,8 @@
-// The parser reads the driver's usual lines directly (members of a LAG line
-// from two words, config lines straight from the piece, config names appended
-// while their order is known) and falls back to the exact reading otherwise.
-// Here both are checked against a reading built from the C library's sscanf
-// and strtol and one-by-one inserts, on listings made of usual and unusual
-// lines around the bounds of the direct readers: names of 15 and 16
-// characters, ids of four and five digits, lines that end inside the sixteen
-// characters after a name's start, pieces that split lines.
+// The parser reads the driver's usual lines directly and falls back to the
+// exact reading otherwise. Both are checked against a reading built from the
+// C library's sscanf and strtol, on random listings around the bounds of the
+// direct readers (names of 15 and 16 characters, ids of four and five
+// digits, lines that end soon after a name's start, pieces that split lines).
 #include <gtest/gtest.h>
 
 #include <cstdio>

@@ -13,13 +13,13 @@
 
 #include "Kernel/Kernel.h"
 #include "Ringlog/MemoryFile.h"
+#include "Vorn/BadInputCatalogue.h"
 #include "Vorn/VornDma.h"
 #include "emu/FabricDriver.h"
 #include "support/Support.h"
 
 using namespace Hardware::Vorn;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using VornTest::ScopedEnv;
 
 namespace {
@@ -34,42 +34,45 @@ Kernel::Ops noDriverOps() {
   return ops;
 }
 
-TEST(CommandChannel, ReturnsThePositiveErrnoOfARefusal) {
-  Emu::FabricDriver driver;
-  char buf[kCommandSize] = "devstate fap9 up";
-  EXPECT_EQ(fab_ioctl(buf, kCommandSize), ENODEV);
-  driver.answerNext("devstate", EPERM);
-  EXPECT_EQ(fab_ioctl(buf, kCommandSize), EPERM);
-}
-
-TEST(CommandChannel, RequestNumberIsTheBufferCapacity) {
+// The answer is the positive errno of the refusal, also left in errno; a
+// size other than the command's is refused like the driver refuses it.
+CATALOGUE_TEST(CommandChannel, AnswersArePositiveErrnos, "fab_ioctl") {
   Emu::FabricDriver driver;
   driver.pciDevicePresentIs("0000:03:00.0");
-  char ok[kCommandSize] = "devpresent 0000:03:00.0";
-  EXPECT_EQ(fab_ioctl(ok, kCommandSize), 0);
-  // The emulator, like the driver, refuses a command sent with the wrong size.
-  char wrong[kDevStatsSize] = "devpresent 0000:03:00.0";
-  EXPECT_EQ(fab_ioctl(wrong, kDevStatsSize), EINVAL);
+  driver.answerNext("mpcmode", EPERM);
+  const struct {
+    const char* text;
+    unsigned size;
+    int want;
+  } cases[] = {
+      {"mpcmode on", kCommandSize, EPERM},  // scripted refusal
+      {"devpresent 0000:03:00.0", kCommandSize, 0},
+      {"devpresent 0000:03:00.0", kDevStatsSize, EINVAL},
+      {"mpcmode on", 0, EINVAL},
+      {"", kCommandSize, EINVAL},
+      {"nosuchkeyword 1", kCommandSize, EINVAL},
+      {"devstate", kCommandSize, EINVAL},          // keyword without its arguments
+      {"devstate fap9 up", kCommandSize, ENODEV},  // well formed, unknown device
+  };
+  for (const auto& c : cases) {
+    char buf[kListingSize] = {};
+    std::snprintf(buf, sizeof buf, "%s", c.text);
+    errno = 0;
+    EXPECT_EQ(fab_ioctl(buf, c.size), c.want) << "'" << c.text << "' " << c.size;
+    EXPECT_EQ(errno, c.want) << "'" << c.text << "' " << c.size;
+  }
 }
 
-TEST(CommandChannel, RingTraceSkipsTheStatisticsPollWherever_devstats_Stands) {
+// The statistics poll stays out of the ring wherever "devstats " stands (a
+// name that carries the mark keeps its command out too); a command
+// function's message carries the text its writer measured, cut at the buffer.
+TEST(CommandChannel, RingTraceSkipsThePollAndCarriesTheWholeText) {
   Emu::FabricDriver driver;
   Ringlog::ScopedMemoryFile ring;
   char a[kDevStatsSize] = "devstats fap0";
   char b[kCommandSize] = "xx devstats fap0";
-  char c[kCommandSize] = "devstate fap0 up";
   fab_ioctl(a, kDevStatsSize);
   fab_ioctl(b, kCommandSize);
-  fab_ioctl(c, kCommandSize);
-  EXPECT_THAT(ring.messages(), ElementsAre("fab_ioctl buf=devstate fap0 up"));
-}
-
-// A command function's message carries the text its writer measured: the
-// whole command, or as much of it as the buffer held; a name that carries
-// the poll's mark keeps the command out like the poll itself.
-TEST(CommandChannel, RingTraceOfACommandFunctionCarriesItsWholeText) {
-  Emu::FabricDriver driver;
-  Ringlog::ScopedMemoryFile ring;
   const std::string longName(300, 'e');
   vornDmaIfPortUpdate("et7", 12);
   vornDmaIfPortUpdate(longName.c_str(), 12);
@@ -82,13 +85,6 @@ TEST(CommandChannel, RingTraceOfACommandFunctionCarriesItsWholeText) {
                   "vornDmaIfPortUpdate ifname=xdevstats y sys_port=12"));
 }
 
-TEST(CommandChannel, WithoutDefaultRingFileNothingIsWritten) {
-  Emu::FabricDriver driver;
-  ASSERT_EQ(Ringlog::defaultFile(), nullptr);
-  char c[kCommandSize] = "mpcmode on";
-  EXPECT_EQ(fab_ioctl(c, kCommandSize), 0);
-}
-
 TEST(CommandChannelDeathTest, UnopenableDeviceEndsTheProcessThroughSyserr) {
   EXPECT_DEATH(
       {
@@ -97,49 +93,62 @@ TEST(CommandChannelDeathTest, UnopenableDeviceEndsTheProcessThroughSyserr) {
         char buf[kCommandSize] = "mpcmode on";
         fab_ioctl(buf, kCommandSize);
       },
-      "^fab_ioctl: open /dev/fabric: No such file or directory\n");
+      "^fab_ioctl: open /dev/fabric: No such file or directory" VORN_ABORT_END);
 }
 
-TEST(CommandChannel, FabricProbeOnlyAnswersFalseWithoutDriver) {
+// Without a driver both probes answer no; in simulation (even an empty
+// SIMULATION_VMID) the /proc probe answers yes and commands touch no driver,
+// but the fabric probe still looks for the device.
+TEST(CommandChannel, ProbesAndTheSimulationSwitch) {
+  {
+    Emu::FabricDriver driver;
+    ScopedEnv sim("SIMULATION_VMID", std::nullopt);
+    EXPECT_TRUE(vornDmaDevFabricPresent());
+    EXPECT_TRUE(vornDmaProcVornDmaPresent());
+  }
   static const Kernel::Ops ops = noDriverOps();
   Kernel::ScopedOps scoped(&ops);
-  ScopedEnv sim("SIMULATION_VMID", std::nullopt);
-  EXPECT_FALSE(vornDmaDevFabricPresent());
-  EXPECT_FALSE(vornDmaProcVornDmaPresent());
-}
-
-TEST(CommandChannel, ProbesSeeTheDriver) {
-  Emu::FabricDriver driver;
-  ScopedEnv sim("SIMULATION_VMID", std::nullopt);
-  EXPECT_TRUE(vornDmaDevFabricPresent());
-  EXPECT_TRUE(vornDmaProcVornDmaPresent());
-}
-
-TEST(CommandChannel, SimulationCountsEvenWhenEmptyAndTouchesNoDriver) {
-  static const Kernel::Ops ops = noDriverOps();
-  Kernel::ScopedOps scoped(&ops);
+  {
+    ScopedEnv sim("SIMULATION_VMID", std::nullopt);
+    EXPECT_FALSE(vornDmaDevFabricPresent());
+    EXPECT_FALSE(vornDmaProcVornDmaPresent());
+  }
   ScopedEnv sim("SIMULATION_VMID", "");
   EXPECT_TRUE(vornDmaProcVornDmaPresent());
   EXPECT_EQ(vornDmaDeviceUp("fap0"), 0);
   EXPECT_EQ(vornDmaMpcMode(true), 0);
   EXPECT_EQ(vornDmaDevcleanup("fap0"), 0);
-  // The fabric probe has no simulation answer: it looks for the device.
   EXPECT_FALSE(vornDmaDevFabricPresent());
 }
 
-TEST(CommandChannelDeathTest, SyserrPrintsLikePerrorAndAborts) {
-  EXPECT_EXIT(
-      {
-        errno = EBUSY;
-        syserr("devparams");
-      },
-      testing::KilledBySignal(SIGABRT), "^devparams: Device or resource busy\n");
+// perror's rules: "what: error", only the error for a null or empty text,
+// and a long text whole.
+CATALOGUE_TEST(CommandChannelDeathTest, SyserrPrintsLikePerrorAndAborts, "syserr") {
+  const std::string longest(4000, 'w');
+  const struct {
+    const char* what;
+    int error;
+    std::string text;
+  } cases[] = {
+      {"devparams", EBUSY, "devparams: Device or resource busy"},
+      {"", EIO, "Input/output error"},
+      {nullptr, ENODEV, "No such device"},
+      {longest.c_str(), EINVAL, longest + ": Invalid argument"},
+  };
+  for (const auto& c : cases)
+    EXPECT_EXIT(
+        {
+          errno = c.error;
+          syserr(c.what);
+        },
+        testing::KilledBySignal(SIGABRT), "^" + c.text + VORN_ABORT_END)
+        << c.text.substr(0, 20);
 }
 
 // Linux itself, except that "/dev/fabric" is the random device, which
-// refuses every request it does not know with EINVAL: the command path's own
-// system call, not the emulator's table. Each case runs in a fresh child, so
-// the descriptor is opened there.
+// refuses every request it does not know: the command path's own system call
+// (which leaves errno alone), not the emulator's table. Each case runs in a
+// fresh child, so the descriptor is opened there.
 Kernel::Ops refusingDeviceOps() {
   Kernel::Ops ops = Kernel::linuxOps();
   ops.open = [](const char* path, int flags) {
@@ -180,46 +189,29 @@ TEST(CommandChannelDeathTest, RefusalsOnTheSystemCallPathKeepTheirErrorText) {
         errno = 0;
         vornDmaMpcMode(true);
       },
-      testing::KilledBySignal(SIGABRT), "^mpcmode on: " + text + "\n");
-  EXPECT_EXIT(
-      {
-        Kernel::opsIs(&ops);
-        errno = 0;
-        vornDmaDeviceParam("fap0", FapType(0), FapId(0), 1, 2, 3, 4, 5, 6);
-      },
-      testing::KilledBySignal(SIGABRT), "^devparams: " + text + "\n");
-  EXPECT_EXIT(
-      {
-        Kernel::opsIs(&ops);
-        errno = 0;
-        vornDmaSetCosToTc(1, 2);
-      },
-      testing::KilledBySignal(SIGABRT), ": " + text + VORN_ABORT_END);
+      testing::KilledBySignal(SIGABRT), "^mpcmode on: " + text + VORN_ABORT_END);
 }
 
-// saimode() is computed once per process; each case runs in a fresh child.
-void expectSaiMode(const char* value, bool expected) {
-  EXPECT_EXIT(
-      {
-        if (value)
-          ::setenv("KRIX_MODE", value, 1);
-        else
-          ::unsetenv("KRIX_MODE");
-        bool first = saimode();
-        // Later changes of the environment are not seen.
-        ::setenv("KRIX_MODE", first ? "other" : "sai", 1);
-        std::_Exit(first == expected && saimode() == expected ? 0 : 1);
-      },
-      testing::ExitedWithCode(0), "");
-}
-
-TEST(CommandChannelDeathTest, SaiModeIsExactlySaiReadOnce) {
-  expectSaiMode(nullptr, false);
-  expectSaiMode("sai", true);
-  expectSaiMode("sai ", false);
-  expectSaiMode("SAI", false);
-  expectSaiMode("saix", false);
-  expectSaiMode("", false);
+// Exactly "sai" is SAI mode, read once per process: each value is tried in
+// a child of its own, which also checks that a later change is not seen.
+CATALOGUE_TEST(CommandChannelDeathTest, SaiModeIsExactlySaiReadOnce, "saimode") {
+  const std::pair<const char*, bool> cases[] = {
+      {nullptr, false}, {"sai", true},  {"", false},     {"sa", false},
+      {"sai ", false},  {"SAI", false}, {"saix", false}, {" sai", false},
+  };
+  for (const auto& [value, want] : cases)
+    EXPECT_EXIT(
+        {
+          if (value)
+            ::setenv("KRIX_MODE", value, 1);
+          else
+            ::unsetenv("KRIX_MODE");
+          const bool first = saimode();
+          ::setenv("KRIX_MODE", first ? "other" : "sai", 1);
+          std::_Exit(first == want && saimode() == want ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "")
+        << (value ? value : "(unset)");
 }
 
 }  // namespace

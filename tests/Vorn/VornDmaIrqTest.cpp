@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -9,6 +10,7 @@
 
 #include "HardwareVorn/SystemLimits.h"
 #include "Mox/Singleton.h"
+#include "Vorn/BadInputCatalogue.h"
 #include "Vorn/VornDma.h"
 #include "support/Support.h"
 #include "support/SysRoot.h"
@@ -50,45 +52,37 @@ TEST_F(IrqAffinityMask, OneCpuIsCpu0WithoutReadingTheTopology) {
   EXPECT_THAT(sys.opened(), IsEmpty());
 }
 
-TEST_F(IrqAffinityMask, TwoCpusAlwaysUseCpu1) {
-  for (const char* siblings : {"00000002\n", "00000003\n"}) {
-    machineIs(2, siblings, 1, 16);
-    for (U32 slot : {1u, 8u, 9u, 16u}) EXPECT_EQ(getIrqAffinityMask(slot), 2u) << siblings << slot;
+// Two CPUs always use CPU 1. A chassis of more than four slots serves its
+// upper half (from min + count / 2) from a CPU that does not share CPU 1's
+// core: CPU 3 where CPUs 1 and 2 are siblings, else CPU 2; back to CPU 1
+// without such a CPU. Above 32 CPUs the siblings are not looked at; only 16
+// bytes of their text are read, as hexadecimal.
+CATALOGUE_TEST_F(IrqAffinityMask, MaskOfEachSlot, "getIrqAffinityMask") {
+  const struct {
+    long cpus;
+    const char* siblings;
+    U32 min, max, slot, mask;
+  } rows[] = {
+      // clang-format off
+      {2, "00000002\n", 1, 16, 1, 2},   {2, "00000003\n", 1, 16, 16, 2},
+      {8, "00000006\n", 1, 16, 8, 2},   {8, "00000006\n", 1, 16, 9, 8},
+      {8, "00000006\n", 1, 16, 16, 8},  {8, "00000006\n", 1, 16, 0, 2},
+      {8, "00000006\n", 1, 16, UINT_MAX, 8},
+      {8, "00000022\n", 1, 16, 8, 2},   {8, "00000022\n", 1, 16, 9, 4},
+      {8, "00000022\n", 3, 7, 4, 2},    {8, "00000022\n", 3, 7, 5, 4},
+      {3, "00000006\n", 1, 16, 16, 2},  {4, "00000006\n", 1, 16, 16, 8},
+      {40, "00000006\n", 1, 16, 16, 4}, {8, "00000006\n", 1, 4, 0, 2},
+      {8, "00000006\n", 1, 4, 5, 2},    {8, "00000006\n", 1, 5, 3, 8},
+      {8, "6", 1, 16, 9, 8},            {8, "0x6\n", 1, 16, 9, 8},
+      {8, "00000002\n", 1, 16, 9, 4},   {8, "000000000000000006\n", 1, 16, 9, 4},
+      // clang-format on
+  };
+  for (const auto& r : rows) {
+    machineIs(r.cpus, r.siblings, r.min, r.max);
+    EXPECT_EQ(getIrqAffinityMask(r.slot), r.mask)
+        << r.cpus << " CPUs, siblings " << r.siblings << " slots " << r.min << ".." << r.max
+        << " slot " << r.slot;
   }
-}
-
-TEST_F(IrqAffinityMask, LargeChassisSplitsItsSlotsBetweenCpu1AndAnother) {
-  // CPUs 1 and 2 share a core: the upper half moves to CPU 3.
-  machineIs(8, "00000006\n", 1, 16);
-  EXPECT_EQ(getIrqAffinityMask(8), 2u);
-  EXPECT_EQ(getIrqAffinityMask(9), 8u);
-  EXPECT_EQ(getIrqAffinityMask(16), 8u);
-  // CPU 1 shares its core with CPU 5: CPU 2 is free.
-  machineIs(8, "00000022\n", 1, 16);
-  EXPECT_EQ(getIrqAffinityMask(8), 2u);
-  EXPECT_EQ(getIrqAffinityMask(9), 4u);
-  // Slots 3..7: the upper half starts at 3 + 5/2 = 5.
-  machineIs(8, "00000022\n", 3, 7);
-  EXPECT_EQ(getIrqAffinityMask(4), 2u);
-  EXPECT_EQ(getIrqAffinityMask(5), 4u);
-}
-
-TEST_F(IrqAffinityMask, PairedSiblingsOnFewCpus) {
-  // Three CPUs: no CPU 3 to move to, back to CPU 1.
-  machineIs(3, "00000006\n", 1, 16);
-  EXPECT_EQ(getIrqAffinityMask(16), 2u);
-  machineIs(4, "00000006\n", 1, 16);
-  EXPECT_EQ(getIrqAffinityMask(16), 8u);
-  // Above 32 CPUs the sibling mask is not looked at.
-  machineIs(40, "00000006\n", 1, 16);
-  EXPECT_EQ(getIrqAffinityMask(16), 4u);
-}
-
-TEST_F(IrqAffinityMask, SmallChassisUseCpu1Only) {
-  machineIs(8, "00000006\n", 1, 4);
-  for (U32 slot = 0; slot <= 5; ++slot) EXPECT_EQ(getIrqAffinityMask(slot), 2u) << slot;
-  machineIs(8, "00000006\n", 1, 5);
-  EXPECT_EQ(getIrqAffinityMask(3), 8u);
 }
 
 TEST_F(IrqAffinityMask, SystemLimitsAreCreatedWhenMissingAndServeAsSmall) {
@@ -113,9 +107,12 @@ TEST_F(IrqAffinityMask, UnreadableTopologyFallsBackToCpu0) {
             std::string("getIrqAffinityMask: failed to read ") + kSiblings + " rc 0\n");
 }
 
-TEST_F(IrqAffinityMask, UnparsableSiblingMaskEndsTheProcess) {
-  machineIs(8, "zz\n", 1, 16);
-  EXPECT_DEATH(getIrqAffinityMask(16), "getIrqAffinityMask\\(U32\\): Assertion `rc == 1' failed");
+CATALOGUE_TEST_F(IrqAffinityMask, UnparsableSiblingMaskEndsTheProcess, "getIrqAffinityMask") {
+  for (const char* garbage : {"zz\n", "\n"}) {
+    machineIs(8, garbage, 1, 16);
+    EXPECT_DEATH(getIrqAffinityMask(16), "getIrqAffinityMask\\(U32\\): Assertion `rc == 1' failed")
+        << garbage;
+  }
 }
 
 class IrqAffinitySet : public testing::Test {
@@ -158,12 +155,16 @@ TEST_F(IrqAffinitySet, WritesTheMaskInHexToEveryRegularEntry) {
   EXPECT_EQ(sys.file(affinityFile(34)), "a0");
 }
 
-TEST_F(IrqAffinitySet, MaskAbove255IsRefusedUntouched) {
+CATALOGUE_TEST_F(IrqAffinitySet, MasksAbove255AreRefusedUntouched, "vornDmaSetIrqAffinity") {
   vectorsIs({33});
   TraceCapture trace;
   EXPECT_EQ(vornDmaSetIrqAffinity(ham, 256), -22);
+  EXPECT_EQ(vornDmaSetIrqAffinity(ham, UINT_MAX), -22);
   EXPECT_THAT(sys.opened(), IsEmpty());
-  EXPECT_THAT(trace.texts(), ElementsAre("vornDmaSetIrqAffinity256 not a valid cpumask"));
+  EXPECT_THAT(trace.texts(), ElementsAre("vornDmaSetIrqAffinity256 not a valid cpumask",
+                                         "vornDmaSetIrqAffinity4294967295 not a valid cpumask"));
+  EXPECT_EQ(vornDmaSetIrqAffinity(ham, 0), 0);
+  EXPECT_EQ(sys.file(affinityFile(33)), "0");
 }
 
 TEST_F(IrqAffinitySet, NoVectorsIsNothingToDo) {
@@ -187,7 +188,7 @@ TEST_F(IrqAffinitySet, MissingDirectoryOrAffinityFileFails) {
   EXPECT_EQ(vornDmaSetIrqAffinity(Fru::PciHam::pciHamWithoutDevice(), 2), -1);
 }
 
-TEST_F(IrqAffinitySet, EntriesThatAreNotNumbersThrow) {
+CATALOGUE_TEST_F(IrqAffinitySet, EntriesThatAreNotNumbersThrow, "vornDmaSetIrqAffinity") {
   vectorsIs({33});
   sys.fileIs(std::string(kMsi) + "/msi", "");
   EXPECT_THROW(vornDmaSetIrqAffinity(ham, 2), std::invalid_argument);
@@ -211,7 +212,7 @@ TEST_F(IrqAffinitySet, FailedWriteKeepsTheVectorsSetBeforeIt) {
                                       affinityFile(order[1]) + " error No space left on device"));
 }
 
-TEST_F(IrqAffinitySet, NullHandleEndsTheProcess) {
+CATALOGUE_TEST_F(IrqAffinitySet, NullHandleEndsTheProcess, "vornDmaSetIrqAffinity") {
   vectorsIs({33});
   EXPECT_DEATH(vornDmaSetIrqAffinity(nullptr, 2),
                "vornDmaSetIrqAffinity\\(Fru::PciHam::PtrConst, U32\\): Assertion `ham' failed");

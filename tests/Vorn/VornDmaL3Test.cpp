@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "Ringlog/MemoryFile.h"
+#include "Vorn/BadInputCatalogue.h"
 #include "Vorn/VornDma.h"
 #include "emu/FabricDriver.h"
 #include "support/Support.h"
@@ -74,7 +75,10 @@ class L3 : public testing::Test {
   TcCapture tc;
 };
 
-TEST_F(L3, EachCommandIsSentAndKept) {
+CATALOGUE_TEST_F(L3, EachCommandIsSentAndKept, "vornDmaVirtualMacSet", "vornDmaIpAddrVirtualSet",
+                 "vornDmaIp6AddrVirtualSet", "vornDmaPeerRouterMacSet",
+                 "vornDmaMlagSharedRouterMacIs", "vornDmaArpSnoopingVlan", "vornDmaPvlanMap",
+                 "vornDmaVlanRoutingStatus", "vornDmaVcableSetProto", "vornDmaVcableSetMuxid") {
   for (const Case& c : cases()) EXPECT_EQ(c.call(), 0u) << c.keyword;
   std::vector<std::string> sent;
   for (const Case& c : cases()) sent.push_back(c.sent);
@@ -105,7 +109,12 @@ TEST_F(L3, OtherRefusalsAreTracedAndReturned) {
   }
 }
 
-TEST_F(L3, InvalidArgumentEndsTheProcessExceptForTheVirtualCable) {
+// What the driver refuses as invalid (a VLAN past 4095, say) means that the
+// library sent something wrong.
+CATALOGUE_TEST_F(L3, InvalidArgumentEndsTheProcessExceptForTheVirtualCable, "vornDmaVirtualMacSet",
+                 "vornDmaIpAddrVirtualSet", "vornDmaIp6AddrVirtualSet", "vornDmaPeerRouterMacSet",
+                 "vornDmaMlagSharedRouterMacIs", "vornDmaArpSnoopingVlan", "vornDmaPvlanMap",
+                 "vornDmaVlanRoutingStatus", "vornDmaVcableSetProto", "vornDmaVcableSetMuxid") {
   for (const Case& c : cases()) {
     if (c.invalidEndsProcess) {
       EXPECT_EXIT(
@@ -122,11 +131,18 @@ TEST_F(L3, InvalidArgumentEndsTheProcessExceptForTheVirtualCable) {
   }
 }
 
-TEST_F(L3, ProtoIsLowerCaseHexWithoutPrefix) {
+// The protocol goes out in lower-case hexadecimal without a prefix; a
+// missing or overlong name is the driver's to refuse.
+CATALOGUE_TEST_F(L3, VirtualCableValuesAndNames, "vornDmaVcableSetProto", "vornDmaVcableSetMuxid") {
   vornDmaVcableSetProto(0x0800);
   vornDmaVcableSetProto(0xABCD);
-  EXPECT_THAT(driver.commands(), ElementsAre("vcable_proto 800", "vcable_proto abcd"));
   EXPECT_EQ(driver.host().vcableProto, 0xABCDu);
+  const std::string overlong(300, 'n');
+  EXPECT_EQ(vornDmaVcableSetMuxid("", 0), unsigned{ENODEV});
+  EXPECT_EQ(vornDmaVcableSetMuxid(overlong.c_str(), 1), unsigned{EINVAL});
+  EXPECT_THAT(driver.commands(),
+              ElementsAre("vcable_proto 800", "vcable_proto abcd", "vcable_muxid  0",
+                          ("vcable_muxid " + overlong).substr(0, kCommandSize - 1)));
 }
 
 TEST_F(L3, EntryMessages) {

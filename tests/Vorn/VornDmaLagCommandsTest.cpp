@@ -1,15 +1,18 @@
 // LAG commands against the emulated driver: the member add's retries, the
-// traces of refusals, the guards, and a round trip through the listing.
+// traces of refusals, bad input, the guards, and a round trip through the
+// listing.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "Kernel/Kernel.h"
 #include "Ringlog/MemoryFile.h"
+#include "Vorn/BadInputCatalogue.h"
 #include "Vorn/LagTestSupport.h"
 #include "Vorn/VornDma.h"
 #include "emu/FabricDriver.h"
@@ -141,11 +144,42 @@ TEST_F(LagCommands, RefusalsOfTheOtherCommands) {
   EXPECT_EQ(driver.commands().size(), 6u);
 }
 
-TEST_F(LagCommands, LagModeIsPassedThroughAsSignedDecimal) {
+// The arguments are unsigned but go out as "%d", in the order mode,
+// parameter, FAP type.
+CATALOGUE_TEST_F(LagCommands, LagModeIsPassedThroughAsSignedDecimal, "vornDmaSetLagMode") {
   EXPECT_EQ(vornDmaSetLagMode(5, 4000000000u, fapTypeJericho), 0);
-  EXPECT_EQ(driver.commands().back(), "drvparams 5 -294967296 3");
   EXPECT_EQ(driver.lags().lagMode, 5);
   EXPECT_EQ(driver.lags().fapType, 3);
+  EXPECT_EQ(vornDmaSetLagMode(UINT_MAX, UINT_MAX, static_cast<FapType>(UINT_MAX)), EINVAL);
+  EXPECT_EQ(vornDmaSetLagMode(0x80000000u, 0, fapTypeUnknown_), EINVAL);
+  EXPECT_THAT(driver.commands(), ElementsAre("drvparams 5 -294967296 3", "drvparams -1 -1 -1",
+                                             "drvparams -2147483648 0 0"));
+}
+
+// Empty names, names beyond the buffer and member ids at the ends of an int
+// are sent as they are (cut at the buffer) and answered by the driver.
+CATALOGUE_TEST_F(LagCommands, MemberCommandsWithEmptyOverlongAndNegative, "vornDmaLagMemberAdd",
+                 "vornDmaLagMemberDel", "vornDmaLagMemberConfigAdd", "vornDmaLagMemberConfigDel",
+                 "vornDmaLagConfigMapDel") {
+  const std::string overlong(300, 'n');
+  const char* longest = overlong.c_str();
+  EXPECT_EQ(vornDmaLagMemberAdd("", "", 0), EINVAL);
+  EXPECT_EQ(vornDmaLagMemberAdd("po1", "et1", -1), EINVAL);
+  EXPECT_EQ(vornDmaLagMemberAdd(longest, "et1", INT_MAX), EINVAL);
+  EXPECT_EQ(vornDmaLagMemberDel("", INT_MIN), EINVAL);
+  EXPECT_EQ(vornDmaLagMemberDel(longest, 0), EINVAL);
+  EXPECT_EQ(vornDmaLagMemberConfigAdd("", ""), EINVAL);
+  EXPECT_EQ(vornDmaLagMemberConfigAdd(longest, longest), EINVAL);
+  EXPECT_EQ(vornDmaLagMemberConfigDel(longest, longest), EINVAL);
+  EXPECT_EQ(vornDmaLagConfigMapDel(""), EINVAL);
+  EXPECT_EQ(vornDmaLagConfigMapDel(longest), EINVAL);
+  const auto sent = driver.commands();
+  ASSERT_EQ(sent.size(), 10u);  // no retries: none was answered 19
+  EXPECT_EQ(sent[0], "lagmember_add   0");
+  EXPECT_EQ(sent[1], "lagmember_add po1 et1 -1");
+  EXPECT_EQ(sent[3], "lagmember_del  -2147483648");
+  EXPECT_EQ(sent[8], "lagconfigmap_del ");
+  for (std::size_t i : {2u, 4u, 6u, 7u, 9u}) EXPECT_EQ(sent[i].size(), kCommandSize - 1) << sent[i];
 }
 
 TEST_F(LagCommands, SimulationSendsNothing) {
@@ -166,15 +200,20 @@ TEST_F(LagCommands, SimulationSendsNothing) {
               ElementsAre("vornDmaLagMemberAdd ifname=PortChannel3, membername=et1, memberId=0"));
 }
 
-// saimode() is fixed at its first call, so each case runs in a fresh child.
-TEST_F(LagCommands, SaiModeSkipsTheMemberCommandsButNotTheLagMode) {
+// In SAI mode the member commands send nothing, whatever their input; the
+// LAG mode is still sent. saimode() is fixed at its first call: a child.
+CATALOGUE_TEST_F(LagCommands, SaiModeSkipsTheMemberCommandsButNotTheLagMode,
+                 "vornDmaLagMemberAdd", "vornDmaLagMemberDel", "vornDmaLagMemberConfigAdd",
+                 "vornDmaLagMemberConfigDel", "vornDmaLagConfigMapDel") {
   EXPECT_EXIT(
       {
         ::setenv("KRIX_MODE", "sai", 1);
         driver.lags().absentMembers["et1"] = 11;
+        const std::string overlong(300, 'n');
         bool ok = vornDmaLagMemberAdd("PortChannel3", "et1", 0) == 0 &&
-                  vornDmaLagMemberDel("PortChannel3", 0) == 0 &&
-                  vornDmaLagMemberConfigAdd("PortChannel3", "Ethernet1") == 0 &&
+                  vornDmaLagMemberAdd("", overlong.c_str(), -1) == 0 &&
+                  vornDmaLagMemberDel(overlong.c_str(), INT_MIN) == 0 &&
+                  vornDmaLagMemberConfigAdd("", "") == 0 &&
                   vornDmaLagMemberConfigDel("PortChannel3", "Ethernet1") == 0 &&
                   vornDmaLagConfigMapDel("PortChannel3") == 0;
         ok = ok && driver.commands().empty() && sleeps().empty();

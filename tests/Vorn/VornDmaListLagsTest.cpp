@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "Mox/RangeException.h"
+#include "Vorn/BadInputCatalogue.h"
 #include "Vorn/LagTestSupport.h"
 #include "Vorn/VornDma.h"
 #include "support/ProcListing.h"
@@ -48,25 +49,21 @@ TEST_F(ListLags, ReadsTheFileWhateverSizeItsReadsHave) {
   }
 }
 
-TEST_F(ListLags, UnopenableFileGivesAnEmptyTable) {
+// No file, or simulation, gives an empty table.
+TEST_F(ListLags, UnopenableFileOrSimulationGivesAnEmptyTable) {
+  ProcListing file(kExample);
+  {
+    ScopedEnv simulation("SIMULATION_VMID", "");
+    EXPECT_THAT(vornDmaListLags()->lagDevices(), IsEmpty());
+    EXPECT_EQ(file.opens, 0);
+  }
   Kernel::Ops ops = Kernel::linuxOps();
   ops.open = [](const char*, int) {
     errno = ENOENT;
     return -1;
   };
   Kernel::ScopedOps scoped(&ops);
-  VornDmaLags::Ptr lags = vornDmaListLags();
-  ASSERT_TRUE(lags);
-  EXPECT_THAT(lags->lagDevices(), IsEmpty());
-}
-
-TEST_F(ListLags, SimulationReadsNothing) {
-  ProcListing file(kExample);
-  ScopedEnv simulation("SIMULATION_VMID", "");
-  VornDmaLags::Ptr lags = vornDmaListLags();
-  ASSERT_TRUE(lags);
-  EXPECT_THAT(lags->lagDevices(), IsEmpty());
-  EXPECT_EQ(file.opens, 0);
+  EXPECT_THAT(vornDmaListLags()->lagDevices(), IsEmpty());
 }
 
 TEST_F(ListLags, IdsOutOfRangeThrowAndCloseTheFile) {
@@ -90,14 +87,25 @@ TEST_F(ListLags, IdsOutOfRangeThrowAndCloseTheFile) {
   }
 }
 
-TEST_F(ListLags, MalformedLineEndsTheProcess) {
-  ProcListing file("lags:\npo3 5\nlags: \n");
-  EXPECT_DEATH(vornDmaListLags(), assertionLine("matches == 3"));
-}
-
-TEST_F(ListLags, ConfigLineBeforeItsLagEndsTheProcess) {
-  ProcListing file("lagconfigmap:\net7 sys_port 40: po3\n\nlags:\npo3 5\n");
-  EXPECT_DEATH(vornDmaListLags(), assertionLine("!!lagDevice"));
+// A line inside a section that is neither kind (a header with a blank, a
+// blank line, "po" alone, a config name one past its 63 characters) and a
+// config line before its LAG end the process.
+CATALOGUE_TEST_F(ListLags, MalformedListingsEndTheProcess, "vornDmaListLags") {
+  const std::pair<std::string, const char*> cases[] = {
+      {"lags:\npo3 5\nlags: \n", "matches == 3"},
+      {"lags:\n \n", "matches == 3"},
+      {"lags:\npo\n", "matches == 3"},
+      {"lags:\npo1\n" + std::string(64, 'x') + " sys_port 1: po1\n", "matches == 3"},
+      {"lagconfigmap:\net7 sys_port 40: po3\n\nlags:\npo3 5\n", "!!lagDevice"},
+  };
+  for (const auto& [text, condition] : cases)
+    EXPECT_DEATH(
+        {
+          ProcListing file(text);
+          vornDmaListLags();
+        },
+        assertionLine(condition))
+        << text;
 }
 
 TEST_F(ListLags, ALastLineWithoutNewlineIsRead) {

@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <climits>
 #include <csignal>
 
+#include "Vorn/BadInputCatalogue.h"
 #include "Vorn/VornDma.h"
 #include "emu/FabricDriver.h"
 #include "support/Support.h"
@@ -34,24 +36,26 @@ class Qos : public testing::Test {
   TcCapture tc;
 };
 
-TEST_F(Qos, MapsAreSentAndKept) {
+// The largest values the driver takes are sent and kept; a refusal means
+// the library sent something wrong and ends the process (the traced one
+// shows its error trace first).
+CATALOGUE_TEST_F(Qos, MapsAreSentAndRefusalsEndTheProcess, "vornDmaSetCosToTc", "vornDmaSetTcToCos",
+                 "vornDmaSetDscpToTc") {
   EXPECT_EQ(vornDmaSetCosToTc(5, 2), 0u);
   EXPECT_EQ(vornDmaSetTcToCos(2, 5), 0u);
   EXPECT_EQ(vornDmaSetDscpToTc(46, 7), 0u);
-  EXPECT_THAT(driver.commands(), ElementsAre("vprimap 5 2", "tcmap 2 5", "dscpmap 46 7"));
+  EXPECT_EQ(vornDmaSetCosToTc(7, 7), 0u);
+  EXPECT_EQ(vornDmaSetDscpToTc(63, 7), 0u);
+  EXPECT_THAT(driver.commands(), ElementsAre("vprimap 5 2", "tcmap 2 5", "dscpmap 46 7",
+                                             "vprimap 7 7", "dscpmap 63 7"));
   EXPECT_EQ(driver.host().cosToTc.at(5), 2u);
   EXPECT_EQ(driver.host().tcToCos.at(2), 5u);
   EXPECT_EQ(driver.host().dscpToTc.at(46), 7u);
-}
-
-TEST_F(Qos, RefusedMapsEndTheProcessWithTheCommand) {
-  // The traced one shows its error trace first; the others go straight to
-  // syserr.
   Mox::traceHandle("VornDma").levelIs(0, true);
-  EXPECT_EXIT(vornDmaSetCosToTc(1, 9), KilledBySignal(SIGABRT),
-              "^vprimap 1 9: Invalid argument" VORN_ABORT_END);
-  EXPECT_EXIT(vornDmaSetTcToCos(8, 1), KilledBySignal(SIGABRT),
-              "^tcmap 8 1: Invalid argument" VORN_ABORT_END);
+  EXPECT_EXIT(vornDmaSetCosToTc(UINT_MAX, 0), KilledBySignal(SIGABRT),
+              "^vprimap 4294967295 0: Invalid argument" VORN_ABORT_END);
+  EXPECT_EXIT(vornDmaSetTcToCos(0, 8), KilledBySignal(SIGABRT),
+              "^tcmap 0 8: Invalid argument" VORN_ABORT_END);
   EXPECT_EXIT(vornDmaSetDscpToTc(64, 1), KilledBySignal(SIGABRT),
               "^VornDma\\[0\\] /src/Vorn/VornDma:[0-9]+ vornDmaSetDscpToTc cmd: dscpmap 64 1 error "
               "Invalid argument\ndscpmap 64 1: Invalid argument" VORN_ABORT_END);
@@ -74,7 +78,10 @@ TEST_F(Qos, TrafficClassTableIsOneOctalWordClassZeroLast) {
   EXPECT_EQ(trace.lines()[0].level, 2);
 }
 
-TEST_F(Qos, LargeEntriesSpillIntoTheNextClass) {
+// Entries are not masked: 8 spills into the next class and all-ones entries
+// fill the whole word, which the driver refuses as it refuses a cut name.
+CATALOGUE_TEST_F(Qos, LargeEntriesSpillIntoTheNextClass, "vornDmaTcToVpriMapAdd",
+                 "vornDmaTcToVpriMapUpdate") {
   unsigned eight[8] = {8, 0, 0, 0, 0, 0, 0, 0};
   unsigned one[8] = {0, 1, 0, 0, 0, 0, 0, 0};
   vornDmaTcToVpriMapAdd("et1", eight);
@@ -89,9 +96,19 @@ TEST_F(Qos, LargeEntriesSpillIntoTheNextClass) {
   unsigned top[8] = {0, 0, 0, 0, 0, 0, 0, 8};
   EXPECT_EQ(vornDmaTcToVpriMapAdd("et1", top), unsigned{EINVAL});
   EXPECT_EQ(driver.commands().back(), "tc_vpri_map_add et1 100000000");
+  unsigned ones[8];
+  std::fill(std::begin(ones), std::end(ones), UINT_MAX);
+  EXPECT_EQ(vornDmaTcToVpriMapAdd("et1", ones), unsigned{EINVAL});
+  EXPECT_EQ(driver.commands().back(), "tc_vpri_map_add et1 37777777777");
+  const std::string overlong(300, 'n');
+  EXPECT_EQ(vornDmaTcToVpriMapAdd(overlong.c_str(), top), unsigned{EINVAL});
+  EXPECT_EQ(driver.commands().back(), ("tc_vpri_map_add " + overlong).substr(0, kCommandSize - 1));
+  EXPECT_EQ(vornDmaTcToVpriMapUpdate("et1", UINT_MAX, UINT_MAX), unsigned{EINVAL});
+  EXPECT_EQ(driver.commands().back(), "tc_vpri_map_update et1 4294967295 4294967295");
 }
 
-TEST_F(Qos, TableCommandsReturnMissingDeviceAndInvalidArgument) {
+CATALOGUE_TEST_F(Qos, TableCommandsReturnMissingDeviceAndInvalidArgument, "vornDmaTcToVpriMapAdd",
+                 "vornDmaTcToVpriMapDel", "vornDmaTcToVpriMapUpdate") {
   TraceCapture trace;
   unsigned map[8] = {1, 1, 1, 1, 1, 1, 1, 1};
   EXPECT_EQ(vornDmaTcToVpriMapAdd("et9", map), unsigned{ENODEV});
@@ -140,7 +157,7 @@ TEST_F(Qos, OtherTableRefusalsEndTheProcess) {
       "^tc_vpri_map_update et1 1 2: Operation not permitted" VORN_ABORT_END);
 }
 
-TEST_F(Qos, PtpDropSwitchReturnsRefusals) {
+CATALOGUE_TEST_F(Qos, PtpDropSwitchReturnsRefusals, "vornDmaSetPtpDropEventTxPkts") {
   EXPECT_EQ(vornDmaSetPtpDropEventTxPkts(true), 0u);
   EXPECT_TRUE(driver.host().dropPtpEventTx);
   EXPECT_EQ(vornDmaSetPtpDropEventTxPkts(false), 0u);
@@ -154,7 +171,9 @@ TEST_F(Qos, PtpDropSwitchReturnsRefusals) {
                                          "error Invalid argument"));
 }
 
-TEST_F(Qos, VxlanSettersAlwaysSendAndOnlyTrace) {
+// They return nothing: a refusal is only traced.
+CATALOGUE_TEST_F(Qos, VxlanSettersAlwaysSendAndOnlyTrace, "vornDmaVniToVlanIs",
+                 "vornDmaVtepLearnModeIs") {
   ScopedEnv on("SIMULATION_VMID", "1");
   TraceCapture trace;
   vornDmaVniToVlanIs(10010, 10);
@@ -162,13 +181,16 @@ TEST_F(Qos, VxlanSettersAlwaysSendAndOnlyTrace) {
   EXPECT_EQ(driver.host().vniToVlan.at(10010), 10u);
   EXPECT_EQ(driver.host().vtepLearnMode, 2u);
   vornDmaVniToVlanIs(1u << 24, 10);  // no such VNI: refused, traced, nothing else
+  vornDmaVtepLearnModeIs(UINT_MAX);
   EXPECT_THAT(driver.commands(),
-              ElementsAre("vnitovlan 10010 10", "vtep_learn_mode 2", "vnitovlan 16777216 10"));
+              ElementsAre("vnitovlan 10010 10", "vtep_learn_mode 2", "vnitovlan 16777216 10",
+                          "vtep_learn_mode 4294967295"));
   EXPECT_THAT(trace.texts(),
               ElementsAre("vornDmaVniToVlanIs: vni: 10010 vlanId 10",
                           "vornDmaVtepLearnModeIs: VxlanVtepLearnMode: 2",
                           "vornDmaVniToVlanIs: vni: 16777216 vlanId 10",
-                          "vornDmaVniToVlanIs cmd: vnitovlan 16777216 10 error Invalid argument"));
+                          "vornDmaVniToVlanIs cmd: vnitovlan 16777216 10 error Invalid argument",
+                          "vornDmaVtepLearnModeIs: VxlanVtepLearnMode: 4294967295"));
 }
 
 TEST_F(Qos, SimulationSendsNothingElse) {
@@ -184,13 +206,13 @@ TEST_F(Qos, SimulationSendsNothingElse) {
   EXPECT_THAT(driver.commands(), IsEmpty());
 }
 
-TEST(InternalSysPortId, MovesBit15ToBit14AndDropsBit14) {
-  EXPECT_EQ(vornDmaInternalSysPortIdIs(0x8001), 0x4001);
-  EXPECT_EQ(vornDmaInternalSysPortIdIs(0x4001), 0x0001);
-  EXPECT_EQ(vornDmaInternalSysPortIdIs(0xC000), 0x4000);
-  EXPECT_EQ(vornDmaInternalSysPortIdIs(0x3FFF), 0x3FFF);
-  EXPECT_EQ(vornDmaInternalSysPortIdIs(0xFFFF), 0x7FFF);
-  EXPECT_EQ(vornDmaInternalSysPortIdIs(0), 0);
+// Bit 15 moves to bit 14; bit 14 is dropped.
+CATALOGUE_TEST(InternalSysPortId, OverTheWholeRange, "vornDmaInternalSysPortIdIs") {
+  const std::pair<unsigned short, unsigned short> rows[] = {
+      {0x0000, 0x0000}, {0x3FFF, 0x3FFF}, {0x4001, 0x0001},
+      {0x8001, 0x4001}, {0xC000, 0x4000}, {0xFFFF, 0x7FFF},
+  };
+  for (const auto& [in, want] : rows) EXPECT_EQ(vornDmaInternalSysPortIdIs(in), want) << in;
 }
 
 }  // namespace

@@ -7,12 +7,14 @@
 #include <sys/ioctl.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "Kernel/Kernel.h"
 #include "Ringlog/MemoryFile.h"
+#include "Vorn/BadInputCatalogue.h"
 #include "Vorn/VornDma.h"
 #include "Vorn/VornDmaTxRawFrame.h"
 #include "support/Support.h"
@@ -38,7 +40,9 @@ Bytes frameOf(std::string_view name, U32 destId, const Bytes& data) {
   return Bytes(f.bytes.begin(), f.bytes.begin() + static_cast<long>(f.size));
 }
 
-TEST(TxRawFrame, ShortPayloadIsPaddedTo60) {
+// Name (64 bytes), type 0x0002, destination id big-endian, two zero bytes,
+// then the payload padded to 60; nothing past 183 bytes of payload.
+TEST(TxRawFrame, LayoutAndLengths) {
   Bytes f = frameOf("fap3", 0x01020304, payload(10));
   ASSERT_EQ(f.size(), 132u);
   EXPECT_EQ(std::string(reinterpret_cast<char*>(f.data()), 5), std::string("fap3\0", 5));
@@ -46,18 +50,12 @@ TEST(TxRawFrame, ShortPayloadIsPaddedTo60) {
   EXPECT_EQ(Bytes(f.begin() + 64, f.begin() + 72), (Bytes{0x00, 0x02, 1, 2, 3, 4, 0, 0}));
   EXPECT_EQ(Bytes(f.begin() + 72, f.begin() + 82), payload(10));
   EXPECT_EQ(Bytes(f.begin() + 82, f.end()), Bytes(50, 0));
-}
-
-TEST(TxRawFrame, LengthIs72PlusTheLargerOfPayloadAnd60) {
-  EXPECT_EQ(frameOf("x", 0, {}).size(), 132u);
-  EXPECT_EQ(frameOf("x", 0, payload(59)).size(), 132u);
-  EXPECT_EQ(frameOf("x", 0, payload(60)).size(), 132u);
-  EXPECT_EQ(frameOf("x", 0, payload(61)).size(), 133u);
-  Bytes f = frameOf("x", 0xFFFFFFFE, payload(183));
-  ASSERT_EQ(f.size(), 255u);
+  for (const auto& [n, size] : std::initializer_list<std::pair<std::size_t, std::size_t>>{
+           {0, 132}, {59, 132}, {60, 132}, {61, 133}, {183, 255}, {184, 0}})
+    EXPECT_EQ(frameOf("x", 0, payload(n)).size(), size) << n;
+  f = frameOf("x", 0xFFFFFFFE, payload(183));
   EXPECT_EQ(Bytes(f.begin() + 66, f.begin() + 70), (Bytes{0xFF, 0xFF, 0xFF, 0xFE}));
   EXPECT_EQ(Bytes(f.begin() + 72, f.end()), payload(183));
-  EXPECT_EQ(frameOf("x", 0, payload(184)).size(), 0u);
 }
 
 TEST(TxRawFrame, NameIsCutAt63AndAtItsFirstNul) {
@@ -189,14 +187,19 @@ TEST_F(TxRaw, FailuresAreTracedNotReturned) {
                                          "vornDmaTxRaw write returned Unknown error -1"));
 }
 
-TEST_F(TxRaw, PayloadAndNameLimitsEndTheProcess) {
-  send(std::string(63, 'n').c_str(), 1, payload(183));
-  EXPECT_EQ(FakePacketSocket::written.size(), 255u);
-  EXPECT_EQ(FakePacketSocket::written[62], 'n');
+// The payload is at most 183 bytes and the name at most 63 characters; one
+// more of either ends the process on its assertion, before the payload is
+// read.
+CATALOGUE_TEST_F(TxRaw, PayloadAndNameLimitsEndTheProcess, "vornDmaTxRaw") {
+  send("", 0, {});
+  EXPECT_EQ(FakePacketSocket::written.size(), 132u);
+  send(std::string(63, 'n').c_str(), UINT_MAX, payload(183));
+  EXPECT_EQ(FakePacketSocket::written, frameOf(std::string(63, 'n'), UINT_MAX, payload(183)));
   EXPECT_DEATH(
       send("fap3", 1, payload(184)),
       "vornDmaTxRaw\\(Mox::String, U32, unsigned int, unsigned char\\*\\): Assertion `len < "
       "\\( CMDSZ - \\( sizeof \\( struct txrawhdr \\) \\+ 4 \\+ 2 \\) \\)' failed");
+  EXPECT_DEATH(vornDmaTxRaw("fap3", 1, UINT_MAX - 1, nullptr), "Assertion `len < \\( CMDSZ");
   EXPECT_DEATH(send(std::string(64, 'n').c_str(), 1, payload(1)),
                "Assertion `name.bytes\\(\\) < 64' failed");
 }
