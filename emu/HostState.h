@@ -3,6 +3,8 @@
 // (the kernel's view of each netdevice: MAC address and flags).
 #pragma once
 
+#include <net/if.h>
+
 #include <array>
 #include <cstdint>
 #include <map>
@@ -40,7 +42,9 @@ struct HostInterface {
 struct HostNetdev {
   Wirl::EthAddr mac;
   std::uint16_t hwFamily = 1;  // ARPHRD_ETHER
-  std::uint16_t flags = 0;     // IFF_* bits; a new device is down
+  // IFF_* bits: a new device is down, with the broadcast and multicast bits
+  // every Ethernet netdevice starts with.
+  std::uint16_t flags = IFF_BROADCAST | IFF_MULTICAST;
 };
 
 struct HostState {

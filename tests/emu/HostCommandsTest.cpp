@@ -1,6 +1,7 @@
 // The emulated driver's host-device, QoS and L3 commands, sent as raw lines.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <net/if.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -33,7 +34,7 @@ TEST_F(HostCommands, IfaddForms) {
   EXPECT_EQ(intfs.at("cpu0").portArg, 2);
   // A MAC given with the command is the new netdevice's address.
   EXPECT_EQ(driver.host().netdevs.at("et2").mac, Wirl::EthAddr(2, 0, 0, 0xaa, 0xbb, 0xcc));
-  EXPECT_EQ(driver.host().netdevs.at("et1").flags, 0);  // new devices are down
+  EXPECT_EQ(driver.host().netdevs.at("et1").flags, IFF_BROADCAST | IFF_MULTICAST);  // down
   EXPECT_EQ(send("ifadd et1 7 0 internallag"), EEXIST);
   EXPECT_EQ(intfs.at("et1").sysPort, 5);
 }
