@@ -29,6 +29,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import time
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -159,13 +160,17 @@ def run_program(build, program, timeout, fail_fast):
     exe = next(iter(build.glob(f"tests/{program}")), None)
     if exe is None:
         return program, None
-    env = dict(os.environ, GTEST_COLOR="no")
     flags = ["--gtest_brief=1"] + (["--gtest_fail_fast"] if fail_fast else [])
-    try:
-        proc = subprocess.run([exe, *flags], cwd=build / "tests", env=env,
-                              capture_output=True, text=True, errors="replace", timeout=timeout)
-    except subprocess.TimeoutExpired:
-        return program, ["(timed out)"]
+    # A planted fault can crash a program before it removes its scratch
+    # files: they go below a directory of this run's, removed here.
+    with tempfile.TemporaryDirectory(dir=build, prefix="scratch-") as scratch:
+        env = dict(os.environ, GTEST_COLOR="no", TMPDIR=scratch)
+        try:
+            proc = subprocess.run([exe, *flags], cwd=build / "tests", env=env,
+                                  capture_output=True, text=True, errors="replace",
+                                  timeout=timeout)
+        except subprocess.TimeoutExpired:
+            return program, ["(timed out)"]
     if proc.returncode == 0:
         return program, []
     failed = sorted(set(FAILED_LINE.findall(proc.stdout)))
