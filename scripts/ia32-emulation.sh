@@ -21,6 +21,7 @@ sudo_cmd=""
 echo "this kernel does not run 32-bit x86 programs; running them under qemu-i386"
 if ! dpkg-query -W -f='${Status}' qemu-user-static 2>/dev/null | grep -q 'install ok installed'; then
   export DEBIAN_FRONTEND=noninteractive
+  $sudo_cmd apt-get update -qq
   $sudo_cmd apt-get install -y -qq --no-install-recommends qemu-user-static
 fi
 
