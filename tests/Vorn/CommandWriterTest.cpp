@@ -47,17 +47,14 @@ void everyCommandFormat(const char* s, int d, unsigned u) {
   EXPECT_WRITES_AS_SNPRINTF("devname %s %s", s, "nopcidev");
   EXPECT_WRITES_AS_SNPRINTF("devparams %s %u %u %u %u %u %u %u %u", s, u, u >> 1, u >> 2, u >> 3,
                             u >> 4, u >> 5, u >> 6, u >> 7);
-  EXPECT_WRITES_AS_SNPRINTF("devstats %s", s);
   EXPECT_WRITES_AS_SNPRINTF("ifadd %s %d %d %s %s %s", s, d, ~d, s, "02:00:00:aa:bb:cc", "");
   EXPECT_WRITES_AS_SNPRINTF("ifportupdate %s %d", s, d);
   EXPECT_WRITES_AS_SNPRINTF("native_vlan %s %d %d", s, d & 1, int{us});
   EXPECT_WRITES_AS_SNPRINTF("vlan_vsi_add %s %d %d %d %d", s, int{us}, int{us} >> 1, 0, d);
   EXPECT_WRITES_AS_SNPRINTF("internalvlan %u %s", u, s);
-  EXPECT_WRITES_AS_SNPRINTF("encapvlan_routedport %s %u", s, u);
   EXPECT_WRITES_AS_SNPRINTF("drvparams %d %d %d", d, static_cast<int>(u), -1);
   EXPECT_WRITES_AS_SNPRINTF("lagmember_add %s %s %d", s, s, d);
   EXPECT_WRITES_AS_SNPRINTF("tc_vpri_map_add %s %o", s, u);
-  EXPECT_WRITES_AS_SNPRINTF("tc_vpri_map_update %s %u %u", s, u, u / 3);
   EXPECT_WRITES_AS_SNPRINTF("vcable_proto %hx", us);
   EXPECT_WRITES_AS_SNPRINTF("vcable_muxid %s %hu", s, us);
   EXPECT_WRITES_AS_SNPRINTF("%s %u %u", s, u, u >> 16);

@@ -131,24 +131,17 @@ class ListingMaker {
   // A member id: usually one to four plain digits, at times five or six, a
   // sign, white space, rubbish after the digits, or nothing.
   std::string memberId() {
-    switch (pick(0, 19)) {
-      case 0:
-        return std::to_string(pick(4, 6) == 4 ? pick(1000, 9999) : 65536 + pick(0, 300));
-      case 1:
-        return "+" + std::to_string(pick(0, 256));
-      case 2:
-        return "-" + std::to_string(65536 - pick(0, 256));
-      case 3:
-        return std::to_string(pick(0, 256)) + (chance(50) ? "x" : "et4");
-      case 4:
-        return "";
-      case 5:
-        return "\t" + std::to_string(pick(0, 256));
-      case 6:
-        return "0" + std::to_string(pick(0, 256));
-      default:
-        return std::to_string(pick(0, 256));
-    }
+    const int kind = pick(0, 19);
+    const std::string n = std::to_string(pick(0, 256));
+    const std::string odd[] = {
+        std::to_string(pick(4, 6) == 4 ? pick(1000, 9999) : 65536 + pick(0, 300)),
+        "+" + n,
+        "-" + std::to_string(65536 - pick(0, 256)),
+        n + (chance(50) ? "x" : "et4"),
+        "",
+        "\t" + n,
+        "0" + n};
+    return kind < 7 ? odd[kind] : n;
   }
   std::string memberName() {
     // "et" and 0 to 16 more characters: 15 and 16 in all are the bound. At
@@ -182,28 +175,14 @@ class ListingMaker {
         "Ethernet1/1",      "Ethernet1/10", "Ethernet12/3", "Ethernet1024/15",
         "Ethernet1024/16x", "et7",          "po9",          "Ethernet3/1.4094"};
     std::string name = chance(60) ? kPool[pick(0, 7)] : text(pick(1, 17), "Eth0123/._-");
-    std::string line = name + " sys_port " + digits(chance(95) ? pick(1, 4) : pick(9, 10)) +
-                       ": po" + std::to_string(number);
-    switch (pick(0, 29)) {
-      case 0:
-        line = name + "  sys_port 1: po" + std::to_string(number);
-        break;
-      case 1:
-        line += "junk";
-        break;
-      case 2:
-        line = name + "\tsys_port -3:po+" + std::to_string(number);
-        break;
-      case 3:
-        line = name + " sys_port 1 : po" + std::to_string(number);
-        break;
-      case 4:
-        line = name + " sys_port 1: po";
-        break;
-      default:
-        break;
-    }
-    return line;
+    const std::string po = std::to_string(number);
+    const std::string line =
+        name + " sys_port " + digits(chance(95) ? pick(1, 4) : pick(9, 10)) + ": po" + po;
+    const std::string odd[] = {name + "  sys_port 1: po" + po, line + "junk",
+                               name + "\tsys_port -3:po+" + po, name + " sys_port 1 : po" + po,
+                               name + " sys_port 1: po"};
+    const int kind = pick(0, 29);
+    return kind < 5 ? odd[kind] : line;
   }
 
   std::mt19937 rng_{20261124};

@@ -47,11 +47,5 @@ TEST(StatisticsPoll, SearchesOnlyTheGivenLength) {
   EXPECT_FALSE(isStatisticsPoll(text, 0));
 }
 
-TEST(StatisticsPoll, MarksEachByteEqualToTheLetterAndNoOther) {
-  EXPECT_EQ(bytesEqual(0x0064'0000'6400'e464ull, 'd'), 0x0080'0000'8000'0080ull);
-  EXPECT_EQ(bytesEqual(0xe4e4'e4e4'e4e4'e4e4ull, 'd'), 0u);
-  EXPECT_EQ(bytesEqual(0x6464'6464'6464'6464ull, 'd'), 0x8080'8080'8080'8080ull);
-}
-
 }  // namespace
 }  // namespace Hardware::Vorn::dma

@@ -1,6 +1,5 @@
 // The grammar of the LAG sections of "/proc/vorn-dma", read by the parser
 // that reports broken lines as values.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -13,7 +12,6 @@ using namespace Hardware::Vorn;
 using dma::LagListingParser;
 using dma::LineKind;
 using dma::LineOutcome;
-using testing::ElementsAre;
 using VornTest::lagDevice;
 using VornTest::lagTable;
 
@@ -37,26 +35,6 @@ Parsed parse(std::string_view text) {
   return p;
 }
 
-// The kinds the parser reports line by line.
-std::vector<LineKind> kinds(std::initializer_list<std::string_view> lines) {
-  VornDmaLags::Ptr table = vornDmaLagsFactory("vornDmaLags");
-  LagListingParser parser(*table);
-  std::vector<LineKind> out;
-  for (std::string_view line : lines) out.push_back(parser.line(line).kind);
-  return out;
-}
-
-TEST(LagListing, OnlyLinesInsideASectionAreRead) {
-  // Before any header, after the empty line that closes a section, and in
-  // other sections of the file, lines are ignored, even malformed ones.
-  EXPECT_THAT(
-      kinds({"po1 2", "devices:", "fap0 up", "lags:", "po2 3", "", "po3 4", "garbage",
-             "ilags:", "po4", "lagconfigmap:", "x sys_port 1: po4"}),
-      ElementsAre(LineKind::kIgnored, LineKind::kIgnored, LineKind::kIgnored, LineKind::kHeader,
-                  LineKind::kLag, LineKind::kIgnored, LineKind::kIgnored, LineKind::kIgnored,
-                  LineKind::kHeader, LineKind::kLag, LineKind::kHeader, LineKind::kConfig));
-}
-
 // Listings and what they give: the table, or the failure (range error or
 // failed assertion) and the table as it was before the failing line.
 TEST(LagListing, ListingsAndTheirTables) {
@@ -68,24 +46,23 @@ TEST(LagListing, ListingsAndTheirTables) {
   } rows[] = {
       {"", {}},
       {"ilags:\n\nlagconfigmap:\n\n", {}},
-      {"po1 2\nlags:\npo2 3\n\npo3 4\n", lagTable({lagDevice("po2", LagId(3))})},
+      // Lines outside a section (before any header, in other sections, after
+      // the empty line that closes one) are ignored, even malformed ones.
+      {"po1 2\ndevices:\nfap0 up\nlags:\npo2 3\n\npo3 4\ngarbage\n",
+       lagTable({lagDevice("po2", LagId(3))})},
       {"lags: \npo1\n", {}},                    // a header with a blank is no header...
       {"lags:\nlags: \n", {}, "matches == 3"},  // ...and inside a section a bad line
-      {"lags:\nLags:\n", {}, "matches == 3"},
       // LAG ids: none, 0 to 1024.
       {"lags:\npo7", lagTable({lagDevice("po7", LagId())})},
       {"lags:\npo7 0", lagTable({lagDevice("po7", LagId(0))})},
       {"lags:\npo7 1024", lagTable({lagDevice("po7", LagId(1024))})},
       {"lags:\npo1 1\npo7 1025", lagTable({lagDevice("po1", LagId(1))}), kLagIdRange},
       {"lags:\npo7 -1", {}, kLagIdRange},
-      {"lags:\npo7 2147483647", {}, kLagIdRange},
       // Member ids are checked on their low 16 bits; a failing line is not stored.
       {"lags:\npo7 3 et1 256", lagTable({lagDevice("po7", LagId(3), {{"et1", 256}})})},
       {"lags:\npo7 3 et1 65792", lagTable({lagDevice("po7", LagId(3), {{"et1", 256}})})},
-      {"lags:\npo7 3 et1 -65535", lagTable({lagDevice("po7", LagId(3), {{"et1", 1}})})},
       {"lags:\npo7 3 et1 257", {}, kMemberIdRange},
       {"lags:\npo7 3 et2 0 et1 -1", {}, kMemberIdRange},
-      {"lags:\npo7 3 et1 65535", {}, kMemberIdRange},
       // Member ids read as strtol reads them: none, empty, not a number, signs.
       {"lags:\npo7 3 et1", lagTable({lagDevice("po7", LagId(3), {{"et1", 0}})})},
       {"lags:\npo7 3 et1  5", lagTable({lagDevice("po7", LagId(3), {{"et1", 0}})})},
@@ -104,13 +81,10 @@ TEST(LagListing, ListingsAndTheirTables) {
       {"lags:\npo 3 \t4", lagTable({lagDevice("po3", LagId(4))})},
       {"lags:\npo+3 +4", lagTable({lagDevice("po3", LagId(4))})},
       {"lags:\npo-1", lagTable({lagDevice("po-1", LagId())})},
-      {"lags:\npo007 x", lagTable({lagDevice("po7", LagId())})},
       {"lags:\npo3x et1 2", lagTable({lagDevice("po3", LagId(), {{"et1", 2}})})},
       {"lags:\npo3 5\r", lagTable({lagDevice("po3", LagId(5))})},
       {"lags:\np", {}, "matches == 3"},  // no number after "po": a bad config line
-      {"lags:\npo-", {}, "matches == 3"},
       {"lags:\npox 1", {}, "matches == 3"},
-      {"lags:\n ", {}, "matches == 3"},
       // A LAG line replaces its entry whole, config members included.
       {"lags:\npo1 2 et3 0\net9 sys_port 1: po1\npo1 2 et3 0\n",
        lagTable({lagDevice("po1", LagId(2), {{"et3", 0}})})},
@@ -121,9 +95,6 @@ TEST(LagListing, ListingsAndTheirTables) {
                  lagDevice("po12", LagId(), {}, {"Ethernet3/1"})})},
       {"lags:\npo3 5\net7 sys_port 40 : po3", lagTable({lagDevice("po3", LagId(5))}),
        "matches == 3"},
-      {"lags:\npo3 5\net7 sys_port 40: p3", lagTable({lagDevice("po3", LagId(5))}), "matches == 3"},
-      {"lags:\npo3 5\net7 sys_port: po3", lagTable({lagDevice("po3", LagId(5))}), "matches == 3"},
-      {"lags:\npo3 5\net7 sysport 40: po3", lagTable({lagDevice("po3", LagId(5))}), "matches == 3"},
       {"lags:\npo3 5\net7", lagTable({lagDevice("po3", LagId(5))}), "matches == 3"},
       {"lagconfigmap:\net7 sys_port 40: po3\n\nlags:\npo3 5\n", {}, "!!lagDevice"},
       // The name stops after 63 characters; the rest then meets " sys_port",

@@ -42,7 +42,6 @@ TEST_F(ListLags, ReadsTheFileWhateverSizeItsReadsHave) {
     ProcListing file(kExample, perRead);
     VornDmaLags::Ptr lags = vornDmaListLags();
     ASSERT_TRUE(lags);
-    EXPECT_EQ(lags->name(), "vornDmaLags");
     EXPECT_EQ(lags->lagDevices(), expected) << perRead;
     EXPECT_EQ(file.opens, 1);
     EXPECT_EQ(file.closes, 1);
@@ -88,13 +87,11 @@ TEST_F(ListLags, IdsOutOfRangeThrowAndCloseTheFile) {
 }
 
 // A line inside a section that is neither kind (a header with a blank, a
-// blank line, "po" alone, a config name one past its 63 characters) and a
-// config line before its LAG end the process.
+// config name one past its 63 characters) and a config line before its LAG
+// end the process.
 CATALOGUE_TEST_F(ListLags, MalformedListingsEndTheProcess, "vornDmaListLags") {
   const std::pair<std::string, const char*> cases[] = {
       {"lags:\npo3 5\nlags: \n", "matches == 3"},
-      {"lags:\n \n", "matches == 3"},
-      {"lags:\npo\n", "matches == 3"},
       {"lags:\npo1\n" + std::string(64, 'x') + " sys_port 1: po1\n", "matches == 3"},
       {"lagconfigmap:\net7 sys_port 40: po3\n\nlags:\npo3 5\n", "!!lagDevice"},
   };

@@ -48,9 +48,6 @@ CATALOGUE_TEST_F(Qos, MapsAreSentAndRefusalsEndTheProcess, "vornDmaSetCosToTc", 
   EXPECT_EQ(vornDmaSetDscpToTc(63, 7), 0u);
   EXPECT_THAT(driver.commands(), ElementsAre("vprimap 5 2", "tcmap 2 5", "dscpmap 46 7",
                                              "vprimap 7 7", "dscpmap 63 7"));
-  EXPECT_EQ(driver.host().cosToTc.at(5), 2u);
-  EXPECT_EQ(driver.host().tcToCos.at(2), 5u);
-  EXPECT_EQ(driver.host().dscpToTc.at(46), 7u);
   Mox::traceHandle("VornDma").levelIs(0, true);
   EXPECT_EXIT(vornDmaSetCosToTc(UINT_MAX, 0), KilledBySignal(SIGABRT),
               "^vprimap 4294967295 0: Invalid argument" VORN_ABORT_END);
@@ -78,8 +75,8 @@ TEST_F(Qos, TrafficClassTableIsOneOctalWordClassZeroLast) {
   EXPECT_EQ(trace.lines()[0].level, 2);
 }
 
-// Entries are not masked: 8 spills into the next class and all-ones entries
-// fill the whole word, which the driver refuses as it refuses a cut name.
+// Entries are not masked: 8 spills into the next class, past the eight
+// digits the driver takes for class 7, which it refuses as a cut name.
 CATALOGUE_TEST_F(Qos, LargeEntriesSpillIntoTheNextClass, "vornDmaTcToVpriMapAdd",
                  "vornDmaTcToVpriMapUpdate") {
   unsigned eight[8] = {8, 0, 0, 0, 0, 0, 0, 0};
@@ -87,19 +84,11 @@ CATALOGUE_TEST_F(Qos, LargeEntriesSpillIntoTheNextClass, "vornDmaTcToVpriMapAdd"
   vornDmaTcToVpriMapAdd("et1", eight);
   vornDmaTcToVpriMapAdd("et1", one);
   EXPECT_THAT(driver.commands(), ElementsAre("tc_vpri_map_add et1 10", "tc_vpri_map_add et1 10"));
-  // 9 is octal 11: its upper digit is ORed into class 1 (2), giving 31.
-  unsigned overlapping[8] = {9, 2, 0, 0, 0, 0, 0, 0};
-  vornDmaTcToVpriMapAdd("et1", overlapping);
-  EXPECT_EQ(driver.commands().back(), "tc_vpri_map_add et1 31");
   // Class 7 spills past the eight digits the driver takes: it refuses, and
   // the refusal is returned.
   unsigned top[8] = {0, 0, 0, 0, 0, 0, 0, 8};
   EXPECT_EQ(vornDmaTcToVpriMapAdd("et1", top), unsigned{EINVAL});
   EXPECT_EQ(driver.commands().back(), "tc_vpri_map_add et1 100000000");
-  unsigned ones[8];
-  std::fill(std::begin(ones), std::end(ones), UINT_MAX);
-  EXPECT_EQ(vornDmaTcToVpriMapAdd("et1", ones), unsigned{EINVAL});
-  EXPECT_EQ(driver.commands().back(), "tc_vpri_map_add et1 37777777777");
   const std::string overlong(300, 'n');
   EXPECT_EQ(vornDmaTcToVpriMapAdd(overlong.c_str(), top), unsigned{EINVAL});
   EXPECT_EQ(driver.commands().back(), ("tc_vpri_map_add " + overlong).substr(0, kCommandSize - 1));
@@ -131,16 +120,13 @@ CATALOGUE_TEST_F(Qos, TableCommandsReturnMissingDeviceAndInvalidArgument, "vornD
                           "vornDmaTcToVpriMapUpdate cmd: tc_vpri_map_update et9 1 1 error No such "
                           "device",
                           "vornDmaTcToVpriMapDel cmd: tc_vpri_map_del et9 error No such device"));
-}
-
-TEST_F(Qos, OtherTableRefusalsEndTheProcess) {
-  unsigned map[8] = {};
+  // Other refusals end the process.
   EXPECT_EXIT(
       {
         driver.answerNext("tc_vpri_map_add", EIO);
         vornDmaTcToVpriMapAdd("et1", map);
       },
-      KilledBySignal(SIGABRT), "^tc_vpri_map_add et1 0: Input/output error" VORN_ABORT_END);
+      KilledBySignal(SIGABRT), "^tc_vpri_map_add et1 11111111: Input/output error" VORN_ABORT_END);
   // Unlike add and update, delete does not tolerate an invalid argument.
   EXPECT_EXIT(
       {
@@ -148,13 +134,6 @@ TEST_F(Qos, OtherTableRefusalsEndTheProcess) {
         vornDmaTcToVpriMapDel("et1");
       },
       KilledBySignal(SIGABRT), "^tc_vpri_map_del et1: Invalid argument" VORN_ABORT_END);
-  EXPECT_EXIT(
-      {
-        driver.answerNext("tc_vpri_map_update", EPERM);
-        vornDmaTcToVpriMapUpdate("et1", 1, 2);
-      },
-      KilledBySignal(SIGABRT),
-      "^tc_vpri_map_update et1 1 2: Operation not permitted" VORN_ABORT_END);
 }
 
 CATALOGUE_TEST_F(Qos, PtpDropSwitchReturnsRefusals, "vornDmaSetPtpDropEventTxPkts") {
@@ -191,19 +170,6 @@ CATALOGUE_TEST_F(Qos, VxlanSettersAlwaysSendAndOnlyTrace, "vornDmaVniToVlanIs",
                           "vornDmaVniToVlanIs: vni: 16777216 vlanId 10",
                           "vornDmaVniToVlanIs cmd: vnitovlan 16777216 10 error Invalid argument",
                           "vornDmaVtepLearnModeIs: VxlanVtepLearnMode: 4294967295"));
-}
-
-TEST_F(Qos, SimulationSendsNothingElse) {
-  ScopedEnv on("SIMULATION_VMID", "");
-  unsigned map[8] = {};
-  EXPECT_EQ(vornDmaSetCosToTc(1, 99), 0u);
-  EXPECT_EQ(vornDmaSetTcToCos(99, 1), 0u);
-  EXPECT_EQ(vornDmaSetDscpToTc(99, 1), 0u);
-  EXPECT_EQ(vornDmaTcToVpriMapAdd("et9", map), 0u);
-  EXPECT_EQ(vornDmaTcToVpriMapDel("et9"), 0u);
-  EXPECT_EQ(vornDmaTcToVpriMapUpdate("et9", 1, 1), 0u);
-  EXPECT_EQ(vornDmaSetPtpDropEventTxPkts(true), 0u);
-  EXPECT_THAT(driver.commands(), IsEmpty());
 }
 
 // Bit 15 moves to bit 14; bit 14 is dropped.

@@ -64,9 +64,8 @@ TEST(TxRawFrame, NameIsCutAt63AndAtItsFirstNul) {
   EXPECT_EQ(f[63], 0);
   EXPECT_EQ(f[65], 2);
   f = frameOf(std::string_view("ab\0cd", 5), 0, {});
-  Bytes name(64, 0);
-  name[0] = 'a';
-  name[1] = 'b';
+  Bytes name{'a', 'b'};
+  name.resize(64);
   EXPECT_EQ(Bytes(f.begin(), f.begin() + 64), name);
 }
 
@@ -199,15 +198,8 @@ CATALOGUE_TEST_F(TxRaw, PayloadAndNameLimitsEndTheProcess, "vornDmaTxRaw") {
       send("fap3", 1, payload(184)),
       "vornDmaTxRaw\\(Mox::String, U32, unsigned int, unsigned char\\*\\): Assertion `len < "
       "\\( CMDSZ - \\( sizeof \\( struct txrawhdr \\) \\+ 4 \\+ 2 \\) \\)' failed");
-  EXPECT_DEATH(vornDmaTxRaw("fap3", 1, UINT_MAX - 1, nullptr), "Assertion `len < \\( CMDSZ");
   EXPECT_DEATH(send(std::string(64, 'n').c_str(), 1, payload(1)),
                "Assertion `name.bytes\\(\\) < 64' failed");
-}
-
-TEST_F(TxRaw, SimulationSendsNothing) {
-  ScopedEnv on("SIMULATION_VMID", "1");
-  send("fap3", 1, payload(200));
-  EXPECT_THAT(FakePacketSocket::calls, IsEmpty());
 }
 
 }  // namespace
