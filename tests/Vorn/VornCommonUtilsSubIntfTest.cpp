@@ -85,9 +85,7 @@ CATALOGUE_TEST_F(LagSubIntfs, LagSideFromThePortStatusOrConfiguration,
   } rows[] = {
       {"Ethernet4.100", false, false, "Port-Channel5.100"},
       {"Ethernet4.101", false, false, ""},                  // other number
-      {"Ethernet3.100", false, false, ""},                  // carries nothing
       {"Ethernet7.200", true, false, "Port-Channel6.200"},  // no check
-      {"Ethernet3.100", false, true, "Port-Channel5.100"},
       {"Ethernet3.101", false, true, "Port-Channel5.101"},
       {"Ethernet3.100", true, true, "Port-Channel5.100"},  // with mustExist, only those
       {"Ethernet3.101", true, true, ""},                   // that exist
