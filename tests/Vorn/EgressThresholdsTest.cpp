@@ -104,11 +104,6 @@ TEST(CgmThresholds, ConfiguredParametersReplaceTheDefaults) {
   EXPECT_EQ(t.queueMulticastDpSharedDescriptor(DropPrecedence(1)), 16u);  // 0.95 x 17
 }
 
-// 3000 unicast buffers and descriptors, 12 ports of every speed without HOLB.
-EgressChipTables twelvePorts() {
-  return uniformTables(6000, 12000, 20000, 4096, 12, 2);
-}
-
 // Ports start flow control at half their discard threshold; queues at 55 %
 // on the 100G, 200G and 400G profiles and 34 % elsewhere, profiles outside 5
 // to 15 included. (16, "no profile", takes the queue ratio of the speed the
@@ -163,7 +158,8 @@ TEST(EgqThresholds, APortShareAtTheQueueReserveSharesNothing) {
 // 40G ports whatever maps to them but keep their speed's reserve; 5 reserves
 // nothing and 8 nothing but its speed's reserve.
 TEST(EgqThresholds, SpeedsOfTheSpecialProfiles) {
-  EgressChipTables t = twelvePorts();  // 3000 buffers each way
+  // 3000 unicast buffers and descriptors, 12 ports of every speed without HOLB.
+  EgressChipTables t = uniformTables(6000, 12000, 20000, 4096, 12, 2);
   t.egqProfileForSpeed[kP0][Interface::speed25Gbps] = 10;
   t.egqProfileForSpeed[kP0][Interface::speed40Gbps] = 10;
   t.maxPortsWithoutUcHolb[kP0][Interface::speed40Gbps] = 6;

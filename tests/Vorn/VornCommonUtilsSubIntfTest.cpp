@@ -39,8 +39,7 @@ CATALOGUE_TEST(SubIntfPortsDeathTest, RangeFromTheStatus, "isSubIntf") {
 
 CATALOGUE_TEST(SubIntfKindsDeathTest, EthernetAndLag, "isEthSubIntf", "isLagSubIntf") {
   const std::pair<const char*, bool> eth[] = {
-      {"Ethernet3", false},        {"Ethernet3.10", true}, {"Ethernet3/1/2.10", true},
-      {"Port-Channel5.10", false}, {"Vlan10", false},      {"", false}};
+      {"Ethernet3", false}, {"Ethernet3/1/2.10", true}, {"Port-Channel5.10", false}, {"", false}};
   for (const auto& [name, want] : eth) EXPECT_EQ(isEthSubIntf(IntfId(name)), want) << name;
   EXPECT_TRUE(isLagSubIntf(IntfId("Port-Channel5.10")));
   EXPECT_FALSE(isLagSubIntf(IntfId("Ethernet3.10")));
