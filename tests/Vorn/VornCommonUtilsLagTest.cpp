@@ -26,9 +26,9 @@ CATALOGUE_TEST(LagEncodingsDeathTest, SystemAggregatePortIds, "lagIdToSysAggrPor
     EXPECT_EQ(sysAggrPortIdToLagId(t, 0x83FF), LagId(1023));
     EXPECT_EQ(sysAggrPortIdToLagId(t, 0x8400), LagId());  // 1024 itself is the null id
     // Without the marker: not an aggregate, whatever the rest.
-    for (U32 notAggregate : {0u, 5u, 0x7FFFu, 0x10000u})
+    for (U32 notAggregate : {0u, 0x7FFFu, 0x10000u})
       EXPECT_EQ(sysAggrPortIdToLagId(t, notAggregate), LagId()) << notAggregate;
-    for (U32 tooBig : {0x8401u, 0x8800u, 0x18000u, UINT_MAX})
+    for (U32 tooBig : {0x8401u, UINT_MAX})
       expectRangeText([&] { sysAggrPortIdToLagId(t, tooBig); }, kLagRange);
   }
   // A family without an aggregate mask; the mask is read before the marker.
@@ -63,9 +63,7 @@ CATALOGUE_TEST(LagEncodingsDeathTest, BitsOfEachMode, "lagIdBitsForMode", "membe
   const auto mode6 = static_cast<LagMode>(6);
   EXPECT_DEATH(lagIdBitsForMode(fapTypePetra, mode6), bits);
   EXPECT_DEATH(lagIdBitsForMode(static_cast<FapType>(4), lagMode0), bits);
-  EXPECT_DEATH(memberIdBitsForMode(fapTypeArad, mode6), bits);
   EXPECT_DEATH(memberIdBitsForMode(fapTypeUnknown_, lagMode0), known);
-  EXPECT_DEATH(maxMemberIdsForMode(fapTypeJericho, static_cast<LagMode>(UINT_MAX)), bits);
 }
 
 // The destination's member bits are dropped, whatever they hold.
@@ -75,7 +73,6 @@ CATALOGUE_TEST(LagEncodingsDeathTest, DestinationsKeepTheLowLagIdBits, "lagDestI
   dest.destinationIs(0x1234);
   EXPECT_EQ(lagDestIdToSysAggrPortId(fapTypeArad, lagMode3, dest), 0x8034u);
   EXPECT_EQ(lagDestIdToSysAggrPortId(fapTypeArad, lagMode0, dest), 0x8234u);
-  EXPECT_EQ(lagDestIdToSysAggrPortId(fapTypeArad, lagMode5, dest), 0x8034u);
   dest.destinationIs(DestinationId::destDrop);
   EXPECT_EQ(lagDestIdToSysAggrPortId(fapTypePetra, lagMode0, dest), 0x8000u);
   dest.destination = UINT_MAX;  // as a caller's record may hold it
@@ -89,7 +86,7 @@ CATALOGUE_TEST(LagEncodingsDeathTest, DestinationsKeepTheLowLagIdBits, "lagDestI
 CATALOGUE_TEST(LagEncodings, ChoicesToDestinations, "lagToDestination") {
   LagDestinationId lag;
   lag.destination = 99;  // ignored for a LAG choice
-  for (U16 v : {U16{7}, U16{0}, U16{0xFFFE}, U16{0xFFFF}}) {
+  for (U16 v : {U16{7}, U16{0xFFFF}}) {
     lag.lagId = v;
     const DestinationId d = lagToDestination(lag);
     EXPECT_TRUE(d.destination == v && d.type == destinationTypeLag && !d.flag1 && !d.flag2) << v;
@@ -102,10 +99,8 @@ CATALOGUE_TEST(LagEncodings, ChoicesToDestinations, "lagToDestination") {
     const DestinationId d = lagToDestination(plain);
     EXPECT_TRUE(d.destination == v && d.type == destinationTypeDirect) << v;
   }
-  for (U32 v : {0x200001u, UINT_MAX}) {
-    plain.destination = v;
-    expectRangeText([&] { lagToDestination(plain); }, DestinationId::kRangeText);
-  }
+  plain.destination = 0x200001;
+  expectRangeText([&] { lagToDestination(plain); }, DestinationId::kRangeText);
 }
 
 }  // namespace
