@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "HardwareVorn/Destination.h"
-#include "HardwareVorn/EgqProfile.h"
 #include "HardwareVorn/FapRevMajorList.h"
 #include "HardwareVorn/Ids.h"
 #include "Regpath/Fapmask.h"
@@ -41,14 +40,6 @@ TEST(Ids, NullsAndRangeTexts) {
   EXPECT_EQ(SystemPhyPortId(2).value(), 2);
 }
 
-TEST(Ids, CpuTmFapPorts) {
-  std::vector<U32> cpu;
-  for (U32 port = 0; port < FapPortId::null(); ++port)
-    if (FapPortId(port).isCpuTmPort()) cpu.push_back(port);
-  EXPECT_THAT(cpu, ElementsAre(0, 133, 134, 135, 136, 137));
-  EXPECT_FALSE(FapPortId().isCpuTmPort());
-}
-
 TEST(Destinations, ARefusedValueLeavesTheDestinationAlone) {
   DestinationId d;
   d.destinationIs(DestinationId::destDrop);
@@ -75,14 +66,6 @@ TEST(RevisionList, AscendingWithAVersionThatMovesOnEveryChange) {
   EXPECT_EQ(list->fapRevMajor(fapRevMajor4), nullptr);
   ASSERT_NE(list->fapRevMajor(fapRevMajor2), nullptr);
   EXPECT_EQ(*list->fapRevMajor(fapRevMajor2), fapTypePetra);
-}
-
-TEST(EgqProfiles, ThresholdProfileOfEachRevision) {
-  for (U32 rev = 0; rev <= 9; ++rev) {
-    EXPECT_EQ(EgqProfile::egrBufThresholdProfileForFapRevMajor(static_cast<FapRevMajor>(rev)),
-              rev >= 7 ? egressBufThresholdsProfile1 : egressBufThresholdsProfile0)
-        << rev;
-  }
 }
 
 }  // namespace
