@@ -46,7 +46,8 @@ void roundTrip(Bytes in) {
     Emu::Lag& lag = state.lags[number];
     bool listed = in.next() % 4 != 0;  // else an idle LAG without an id
     lag.lagId = listed ? (in.next() * 4 + in.next() % 4) % 1024 : -1;
-    LagDevice device(Mox::format("po%d", number), listed ? LagId(static_cast<U32>(lag.lagId)) : LagId());
+    LagDevice device(Mox::format("po%d", number),
+                     listed ? LagId(static_cast<U32>(lag.lagId)) : LagId());
     if (listed) {
       unsigned members = in.next() % 5;
       for (unsigned m = 0; m < members; ++m) {
@@ -54,7 +55,8 @@ void roundTrip(Bytes in) {
         std::string name = "et" + std::to_string(in.next()) + "_" + std::to_string(m);
         if (lag.members.count(id)) continue;
         lag.members[id] = name;
-        device.lagMemberDeviceIs(LagMemberDevice(Mox::String(name.c_str()), LagMemberId(static_cast<U16>(id))));
+        device.lagMemberDeviceIs(
+            LagMemberDevice(Mox::String(name.c_str()), LagMemberId(static_cast<U16>(id))));
       }
     }
     unsigned configs = in.next() % 4;

@@ -33,14 +33,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (std::memcmp(p, name.data(), n) != 0) __builtin_trap();
   for (std::size_t i = n; i < kTxRawNameSize; ++i)
     if (p[i] != 0) __builtin_trap();
-  const unsigned char header[8] = {0x00,
-                                   0x02,
-                                   static_cast<unsigned char>(destId >> 24),
-                                   static_cast<unsigned char>(destId >> 16),
-                                   static_cast<unsigned char>(destId >> 8),
-                                   static_cast<unsigned char>(destId),
-                                   0,
-                                   0};
+  // From byte 64: 0, 2, the destination id (big-endian), 0, 0.
+  const unsigned char header[8] = {0, 2, data[0], data[1], data[2], data[3], 0, 0};
   if (std::memcmp(p + 64, header, sizeof header) != 0) __builtin_trap();
   if (!payload.empty() && std::memcmp(p + kTxRawPayloadOffset, payload.data(), payload.size()) != 0)
     __builtin_trap();

@@ -1,14 +1,8 @@
-// Test entry point. Death tests re-execute the test binary, so that a child
-// starts with the process-wide state (the cached driver descriptor, the SAI
-// answer) a fresh process has.
-//
-// Every scratch file of a run goes below one directory, made here and handed
-// down through TMPDIR: a death-test child ends without running its
-// destructors, so whatever it made is removed by the process that made the
-// directory, when its tests are done. The aborts the death tests provoke
-// leave no core files (qemu's user-mode emulator, which runs the 32-bit
-// programs on some machines, would write one per abort into the working
-// directory).
+// Test entry point. Death tests re-execute the test binary, so a child starts
+// with the process-wide state a fresh process has. Scratch files go below one
+// directory made here and handed down through TMPDIR (death-test children end
+// without their destructors; this process removes what they left). Aborts
+// leave no core files.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>

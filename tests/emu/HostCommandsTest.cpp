@@ -21,22 +21,15 @@ class HostCommands : public testing::Test {
   Emu::FabricDriver driver;
 };
 
-TEST_F(HostCommands, IfaddForms) {
-  EXPECT_EQ(send("ifadd et1 5 0 internallag"), 0);
-  EXPECT_EQ(send("ifadd po1 16389 0 "), 0);
-  EXPECT_EQ(send("ifadd po2 16390 1 bond2 "), 0);
-  EXPECT_EQ(send("ifadd cpu0 -1 2 eth5 ctrl"), 0);
+// The forms the library sends are checked with its own tests; a MAC given
+// with the command is the new netdevice's address, and a second ifadd of a
+// name leaves the first alone.
+TEST_F(HostCommands, IfaddWithAMacAndTwice) {
   EXPECT_EQ(send("ifadd et2 6 0 eth2 02:00:00:aa:bb:cc internallag"), 0);
-  const auto& intfs = driver.host().interfaces;
-  EXPECT_EQ(intfs.at("po1").keyword, "");
-  EXPECT_EQ(intfs.at("po2").devName, "bond2");
-  EXPECT_EQ(intfs.at("cpu0").sysPort, -1);
-  EXPECT_EQ(intfs.at("cpu0").portArg, 2);
-  // A MAC given with the command is the new netdevice's address.
   EXPECT_EQ(driver.host().netdevs.at("et2").mac, Wirl::EthAddr(2, 0, 0, 0xaa, 0xbb, 0xcc));
-  EXPECT_EQ(driver.host().netdevs.at("et1").flags, IFF_BROADCAST | IFF_MULTICAST);  // down
-  EXPECT_EQ(send("ifadd et1 7 0 internallag"), EEXIST);
-  EXPECT_EQ(intfs.at("et1").sysPort, 5);
+  EXPECT_EQ(driver.host().netdevs.at("et2").flags, IFF_BROADCAST | IFF_MULTICAST);  // down
+  EXPECT_EQ(send("ifadd et2 7 0 internallag"), EEXIST);
+  EXPECT_EQ(driver.host().interfaces.at("et2").sysPort, 6);
 }
 
 TEST_F(HostCommands, IfaddRefusesWhatTheDriverCannotTake) {
@@ -92,11 +85,8 @@ TEST_F(HostCommands, TrafficClassTableIsEightOctalDigits) {
             (std::array<unsigned, 8>{0, 0, 3, 0, 0, 0, 0, 0}));
 }
 
+// The bounds the library's own tests do not reach.
 TEST_F(HostCommands, MapBounds) {
-  EXPECT_EQ(send("vprimap 7 7"), 0);
-  EXPECT_EQ(send("vprimap 8 0"), EINVAL);
-  EXPECT_EQ(send("dscpmap 63 7"), 0);
-  EXPECT_EQ(send("dscpmap 64 0"), EINVAL);
   EXPECT_EQ(send("vnitovlan 16777215 4095"), 0);
   EXPECT_EQ(send("vnitovlan 16777216 1"), EINVAL);
   EXPECT_EQ(send("drop_event_ptp_pkts maybe"), EINVAL);

@@ -55,49 +55,34 @@ struct Recorder : Mox::Notifiee {
 
 enum class Speed : U8 { speed10g = 4 };
 
-TEST(MoxValue, KeepsItsKindAndRefusesOthers) {
-  EXPECT_EQ(Mox::Value(true).as<bool>(), true);
-  EXPECT_EQ(Mox::Value(U32{0xFFFFFFFF}).as<U32>(), 0xFFFFFFFFu);
-  EXPECT_EQ(Mox::Value(-3).as<int>(), -3);
+// A value answers only for its own kind: no conversions, and a pointer reads
+// back as any class its object is (a null pointer as any pointer type).
+TEST(MoxValue, AnswersOnlyForItsOwnKind) {
   EXPECT_EQ(Mox::Value(Speed::speed10g).as<Speed>(), Speed::speed10g);
-  EXPECT_EQ(Mox::Value(0.5f).as<float>(), 0.5f);
-  EXPECT_EQ(Mox::Value("po3").as<Mox::String>(), Mox::String("po3"));
-  EXPECT_EQ(Mox::Value(Mox::Name("n")).as<Mox::Name>(), Mox::Name("n"));
   EXPECT_EQ(Mox::Value(Mox::Name("n")).kind(), Mox::Value::Kind::name);
-  EXPECT_EQ(Mox::Value().kind(), Mox::Value::Kind::empty);
-  // No conversions between kinds.
   EXPECT_FALSE(Mox::Value(1).as<bool>());
   EXPECT_FALSE(Mox::Value(true).as<int>());
   EXPECT_FALSE(Mox::Value("n").as<Mox::Name>());
   EXPECT_FALSE(Mox::Value(Mox::Name("n")).as<Mox::String>());
   EXPECT_FALSE(Mox::Value(1.0).as<int>());
-}
 
-TEST(MoxValue, PointersReadBackByDynamicType) {
   Mox::Ptr<Lamp const> lamp(new Lamp("l"));
   Mox::Value v(lamp);
-  EXPECT_EQ(v.as<Mox::Ptr<Lamp const>>()->get(), lamp.get());
   EXPECT_EQ(v.as<Mox::Ptr<Mox::Entity>>()->get(), lamp.get());
   EXPECT_FALSE(v.as<Mox::Ptr<Mox::Dir>>());
   EXPECT_FALSE(v.as<Mox::Name>());
-  // A null pointer is a pointer of any type.
   Mox::Value null(Mox::Ptr<Lamp>{});
   ASSERT_TRUE(null.as<Mox::Ptr<Mox::Dir>>());
   EXPECT_FALSE(*null.as<Mox::Ptr<Mox::Dir>>());
   EXPECT_EQ(lamp->references(), 2);
 }
 
-TEST(MoxType, RegisteredAtLoadAndFoundByName) {
-  const Mox::TypeRecord* t = Mox::typeLookup("MoxTest::Lamp");
-  ASSERT_EQ(t, &kLampType);
-  EXPECT_EQ(t->attr("on"), &kLampAttrs[0]);
-  EXPECT_EQ(t->attr(Lamp::kOn), &kLampAttrs[0]);
-  EXPECT_EQ(t->attr("off"), nullptr);
-  EXPECT_EQ(t->attr(259), nullptr);
+TEST(MoxType, FoundByNameAndBuiltFromCheckedArguments) {
+  ASSERT_EQ(Mox::typeLookup("MoxTest::Lamp"), &kLampType);
+  EXPECT_EQ(kLampType.attr("on"), &kLampAttrs[0]);
+  EXPECT_EQ(kLampType.attr("off"), nullptr);
   EXPECT_EQ(Mox::typeLookup("MoxTest::Lam"), nullptr);
-}
 
-TEST(MoxType, GenericConstructionChecksItsArguments) {
   const Mox::Value good[] = {Mox::Name("kitchen")};
   Mox::Ptr<Mox::PtrInterface> p = Mox::newObject("MoxTest::Lamp", good);
   ASSERT_TRUE(p);
@@ -142,33 +127,27 @@ TEST(MoxType, AllocationTrackerCountsLiveObjects) {
   EXPECT_EQ(Lamp::moxAllocTrackTypeInfo_.allocated, allocated + 1);
 }
 
+// An observer added twice is told once; one removed, also by another during
+// a visit, is not told afterwards.
 TEST(MoxNotifiee, EveryObserverIsToldOnceOnChange) {
   Mox::Ptr<Lamp> lamp(new Lamp("hall"));
   Recorder r1, r2;
-  lamp->notifieeList().add(&r1);
-  lamp->notifieeList().add(&r1);
-  lamp->notifieeList().add(&r2);
-  EXPECT_EQ(lamp->notifieeList().size(), 2u);
-  lamp->onIs(true);
-  lamp->onIs(true);
-  lamp->notifieeList().del(&r2);
-  lamp->onIs(false);
-  EXPECT_THAT(r1.seen, ElementsAre("hall:258", "hall:258"));
-  EXPECT_THAT(r2.seen, ElementsAre("hall:258"));
-}
-
-TEST(MoxNotifiee, ObserverRemovedDuringAVisitIsNotToldAfterwards) {
-  Mox::Ptr<Lamp> lamp(new Lamp("hall"));
-  Recorder later;
   struct Remover : Mox::Notifiee {
     Recorder* victim;
     void onAttrChange(Mox::Entity& e, Mox::AttrId) override { e.notifieeList().del(victim); }
   } remover;
-  remover.victim = &later;
+  remover.victim = &r2;
+  lamp->notifieeList().add(&r1);
+  lamp->notifieeList().add(&r1);
   lamp->notifieeList().add(&remover);
-  lamp->notifieeList().add(&later);
+  lamp->notifieeList().add(&r2);
+  EXPECT_EQ(lamp->notifieeList().size(), 3u);
   lamp->onIs(true);
-  EXPECT_TRUE(later.seen.empty());
+  lamp->onIs(true);
+  lamp->notifieeList().del(&r1);
+  lamp->onIs(false);
+  EXPECT_THAT(r1.seen, ElementsAre("hall:258"));
+  EXPECT_TRUE(r2.seen.empty());
   EXPECT_EQ(lamp->notifieeList().size(), 1u);
 }
 
@@ -196,8 +175,10 @@ TEST(MoxDir, WrongCreationAttributesRaise) {
   // one added).
   auto message = [&](std::size_t index, Mox::CreationAttr attr) -> std::string {
     std::vector<Mox::CreationAttr> attrs = good;
-    if (index < attrs.size()) attrs[index] = attr;
-    else attrs.push_back(attr);
+    if (index < attrs.size())
+      attrs[index] = attr;
+    else
+      attrs.push_back(attr);
     try {
       Mox::newEntityInDir("MoxTest::Lamp", attrs);
     } catch (const Mox::NewEntityArgumentsException& e) {

@@ -27,16 +27,11 @@ namespace {
 TEST(MoxString, SubstrAndPosNeverLeaveTheText) {
   Mox::String s("Port-Channel10");
   EXPECT_EQ(s.substr(0, 12), "Port-Channel");
-  EXPECT_EQ(s.substr(12), "10");
   EXPECT_EQ(s.substr(12, 100), "10");
   EXPECT_EQ(s.substr(14), "");
   EXPECT_EQ(s.substr(99, 1), "");
-  EXPECT_EQ(Mox::String("po").substr(0, 12), "po");
-  EXPECT_EQ(s.pos("Channel"), 5);
-  EXPECT_EQ(s.pos("x"), -1);
   EXPECT_EQ(s.pos('1', 13), -1);
-  EXPECT_EQ(Mox::String().charPtr()[0], '\0');
-  EXPECT_TRUE(Mox::String(nullptr).empty());
+  EXPECT_EQ(Mox::String(nullptr).charPtr()[0], '\0');
 }
 
 // Texts on both sides of the 15 characters a string holds in itself.
@@ -59,10 +54,24 @@ TEST(MoxString, InlineUpToFifteenCharactersSharedFromSixteen) {
   assigned = sixteen;
   EXPECT_EQ(scope.count(), 1u);
   EXPECT_EQ(assigned.charPtr(), sixteen.charPtr());
-  // A cut of 15 characters is inline again, and equal to the same text built
-  // directly.
+  // A cut of 15 characters is inline again, equal to the same text built directly.
   EXPECT_EQ(sixteen.substr(0, 15), fifteen);
   EXPECT_EQ(sixteen.substr(0, 15).charPtr()[15], '\0');
+
+  // Assignments that cross the boundary both ways, to itself, and swaps.
+  assigned = fifteen;  // shared released, inline again
+  EXPECT_EQ(assigned, fifteen);
+  Mox::String& alias = assigned;
+  assigned = alias;
+  assigned = std::move(alias);
+  EXPECT_EQ(assigned, fifteen);
+  Mox::String a(kSixteen), b(kFifteen);
+  std::swap(a, b);
+  EXPECT_EQ(a, fifteen);
+  EXPECT_EQ(b, sixteen);
+  b = std::move(a);  // the shared buffer is released, the inline text moves
+  EXPECT_EQ(b, fifteen);
+  EXPECT_TRUE(a.empty());  // NOLINT(bugprone-use-after-move)
 }
 
 TEST(MoxString, BuiltFromBytesEqualsBuiltFromText) {
@@ -85,31 +94,12 @@ TEST(MoxString, BuiltFromBytesEqualsBuiltFromText) {
   }
 }
 
-TEST(MoxString, AssignmentAndComparisonAcrossTheInlineBoundary) {
-  const Mox::String shortText(kFifteen), longText(kSixteen);
-  Mox::String s = shortText;
-  s = longText;  // inline replaced by shared
-  EXPECT_EQ(s, longText);
-  s = shortText;  // shared released, inline again
-  EXPECT_EQ(s, shortText);
-  Mox::String& alias = s;
-  s = alias;
-  s = std::move(alias);
-  EXPECT_EQ(s, shortText);
-  Mox::String a(kSixteen), b(kFifteen);
-  std::swap(a, b);
-  EXPECT_EQ(a, shortText);
-  EXPECT_EQ(b, longText);
-  b = std::move(a);  // the shared buffer is released, the inline text moves
-  EXPECT_EQ(b, shortText);
-  EXPECT_TRUE(a.empty());  // NOLINT(bugprone-use-after-move)
-
-  EXPECT_LT(shortText, longText);
+TEST(MoxString, ComparisonHashAndFormat) {
+  EXPECT_LT(Mox::String(kFifteen), Mox::String(kSixteen));
   EXPECT_LT(Mox::String("et1_10"), Mox::String("et1_2"));
   EXPECT_NE(Mox::String("ab"), Mox::String("ab\0", 3));  // an embedded NUL counts
-  EXPECT_EQ(Mox::String(), static_cast<const char*>(nullptr));
-  EXPECT_EQ(std::hash<Mox::String>()(shortText), std::hash<std::string_view>()(kFifteen));
-  EXPECT_EQ(Mox::format("po%d", -1), "po-1");
+  EXPECT_EQ(std::hash<Mox::String>()(Mox::String(kFifteen)),
+            std::hash<std::string_view>()(kFifteen));
   EXPECT_EQ(Mox::format("%s!", std::string(1000, 'x').c_str()).bytes(), 1001u);
 }
 

@@ -1,17 +1,8 @@
 // A stand-in for the kernel's "/sys" and "/proc/irq" trees: a temporary
-// directory that a test fills, reached through the kernel seam.
-//
-//   VornTest::SysRoot sys;                 // installed until destroyed
-//   sys.onlineCpusIs(8);
-//   sys.fileIs("/sys/devices/system/cpu/cpu1/topology/thread_siblings", "00000006\n");
-//   sys.fileIs("/proc/irq/33/smp_affinity", "1\n");
-//   ... call the library ...
-//   EXPECT_EQ(sys.file("/proc/irq/33/smp_affinity"), "ff");
-//
-// open and opendir of paths under "/sys/" and "/proc/irq/" go to the same
-// path below the temporary directory; sysconf(_SC_NPROCESSORS_ONLN) answers
-// the count set; everything else goes to the table in force before (Linux,
-// or an installed driver emulator). One SysRoot at a time.
+// directory that a test fills, reached through the kernel seam while the
+// SysRoot lives. open and opendir of paths under "/sys/" and "/proc/irq/" go
+// to the same path below it; sysconf(_SC_NPROCESSORS_ONLN) answers the count
+// set; everything else goes to the table in force before. One at a time.
 #pragma once
 
 #include <dirent.h>
@@ -56,8 +47,7 @@ class SysRoot {
   SysRoot(const SysRoot&) = delete;
   SysRoot& operator=(const SysRoot&) = delete;
 
-  // The temporary directory, and where an absolute kernel path lives in it.
-  const std::string& root() const { return root_; }
+  // Where an absolute kernel path lives in the temporary directory.
   std::string path(std::string_view kernelPath) const { return root_ + std::string(kernelPath); }
 
   // What sysconf(_SC_NPROCESSORS_ONLN) answers; unset, the machine's count.

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "HardwareVorn/Destination.h"
-#include "HardwareVorn/EgqProfile.h"
 #include "HardwareVorn/FapRevMajorList.h"
 #include "HardwareVorn/Ids.h"
 #include "Regpath/Fapmask.h"
@@ -29,24 +28,15 @@ void expectBound(unsigned long long null, const char* text) {
 }
 
 // The ids the library range-checks its inputs with: null is the largest
-// value accepted, one more throws with the type's text.
+// value accepted, one more throws with the type's text (the library's tests
+// check those of the chip-wide FAP id and the LAG id).
 TEST(Ids, NullsAndRangeTexts) {
-  expectBound<FapId>(2048, "FapId::value < FapId::min or > FapId::null not allowed");
   expectBound<Regpath::FapId>(128, "FapId::value < FapId::min or > FapId::null not allowed");
   expectBound<LocalCoreId>(
       4, "LocalCoreId::value < LocalCoreId::min or > LocalCoreId::null not allowed");
   expectBound<FapPortId>(256, "FapPortId::value < FapPortId::min or > FapPortId::null not allowed");
-  expectBound<LagId>(1024, "LagId::value < LagId::min or > LagId::null not allowed");
   EXPECT_THROW(SystemPhyPortId(1), Mox::RangeException);  // system ports start at 2
   EXPECT_EQ(SystemPhyPortId(2).value(), 2);
-}
-
-TEST(Ids, CpuTmFapPorts) {
-  std::vector<U32> cpu;
-  for (U32 port = 0; port < FapPortId::null(); ++port)
-    if (FapPortId(port).isCpuTmPort()) cpu.push_back(port);
-  EXPECT_THAT(cpu, ElementsAre(0, 133, 134, 135, 136, 137));
-  EXPECT_FALSE(FapPortId().isCpuTmPort());
 }
 
 TEST(Destinations, ARefusedValueLeavesTheDestinationAlone) {
@@ -75,14 +65,6 @@ TEST(RevisionList, AscendingWithAVersionThatMovesOnEveryChange) {
   EXPECT_EQ(list->fapRevMajor(fapRevMajor4), nullptr);
   ASSERT_NE(list->fapRevMajor(fapRevMajor2), nullptr);
   EXPECT_EQ(*list->fapRevMajor(fapRevMajor2), fapTypePetra);
-}
-
-TEST(EgqProfiles, ThresholdProfileOfEachRevision) {
-  for (U32 rev = 0; rev <= 9; ++rev) {
-    EXPECT_EQ(EgqProfile::egrBufThresholdProfileForFapRevMajor(static_cast<FapRevMajor>(rev)),
-              rev >= 7 ? egressBufThresholdsProfile1 : egressBufThresholdsProfile0)
-        << rev;
-  }
 }
 
 }  // namespace

@@ -38,14 +38,23 @@ class PipeWithPending {
   int fds_[2] = {-1, -1};
 };
 
+// Linux's ioctl, also through a copy of the Linux table with its own open;
+// an installed table's ioctl instead. ioctlError is the command path's form:
+// the answer as an error number, from the system call made inline or from the
+// installed table.
 TEST(KernelSeam, IoctlReachesLinuxOrTheInstalledTable) {
   PipeWithPending pipe("abc");
   const int readEnd = pipe.readEnd();
   int pending = -1;
-  EXPECT_EQ(Kernel::ioctl(readEnd, FIONREAD, &pending), 0);
-  EXPECT_EQ(pending, 3);
+  EXPECT_EQ(Kernel::ioctlError(readEnd, FIONREAD, &pending), 0);
+  EXPECT_EQ(pending, 3);  // the kernel's answer reached the buffer
+  EXPECT_EQ(Kernel::ioctlError(-1, FIONREAD, &pending), EBADF);
+  // ENOTTY from Linux; ENOSYS from qemu's user-mode emulator, where 32-bit
+  // programs run under it: either way the kernel's own number.
+  const int unknownRequest = ::ioctl(readEnd, 0x7fff, &pending) == -1 ? errno : 0;
+  EXPECT_THAT(unknownRequest, testing::AnyOf(ENOTTY, ENOSYS));
+  EXPECT_EQ(Kernel::ioctlError(readEnd, 0x7fff, &pending), unknownRequest);
 
-  // A copy of the Linux table with its own open still reaches Linux's ioctl.
   Kernel::Ops keepsIoctl = Kernel::linuxOps();
   keepsIoctl.open = [](const char*, int) { return -1; };
   {
@@ -59,67 +68,30 @@ TEST(KernelSeam, IoctlReachesLinuxOrTheInstalledTable) {
   Kernel::Ops ownIoctl = Kernel::linuxOps();
   ownIoctl.ioctl = [](int, unsigned long, void*) {
     ++gIoctlCalls;
+    errno = ENODEV;
     return -7;
   };
   {
     Kernel::ScopedOps scoped(&ownIoctl);
     EXPECT_EQ(Kernel::ioctl(readEnd, FIONREAD, &pending), -7);
-    EXPECT_EQ(gIoctlCalls, 1);
+    EXPECT_EQ(Kernel::ioctlError(readEnd, FIONREAD, &pending), ENODEV);
+    EXPECT_EQ(gIoctlCalls, 2);
   }
   EXPECT_EQ(Kernel::ioctl(readEnd, FIONREAD, &pending), 0);  // Linux again
-  EXPECT_EQ(gIoctlCalls, 1);
+  EXPECT_EQ(gIoctlCalls, 2);
 }
 
-// The command path's form: the answer as an error number, from the system
-// call made inline or from the installed table's ioctl.
-TEST(KernelSeam, IoctlErrorAnswersWithTheErrorNumber) {
-  PipeWithPending pipe("abcd");
-  const int readEnd = pipe.readEnd();
-  int pending = -1;
-  EXPECT_EQ(Kernel::ioctlError(readEnd, FIONREAD, &pending), 0);
-  EXPECT_EQ(pending, 4);  // the kernel's answer reached the buffer
-  EXPECT_EQ(Kernel::ioctlError(-1, FIONREAD, &pending), EBADF);
-  // ENOTTY from Linux; ENOSYS from qemu's user-mode emulator, where 32-bit
-  // programs run under it: either way the kernel's own number.
-  const int unknownRequest = ::ioctl(readEnd, 0x7fff, &pending) == -1 ? errno : 0;
-  EXPECT_THAT(unknownRequest, testing::AnyOf(ENOTTY, ENOSYS));
-  EXPECT_EQ(Kernel::ioctlError(readEnd, 0x7fff, &pending), unknownRequest);
-
-  Kernel::Ops ownIoctl = Kernel::linuxOps();
-  ownIoctl.ioctl = [](int, unsigned long, void*) {
-    errno = ENODEV;
-    return -1;
-  };
-  {
-    Kernel::ScopedOps scoped(&ownIoctl);
-    EXPECT_EQ(Kernel::ioctlError(readEnd, FIONREAD, &pending), ENODEV);
-  }
-}
-
-TEST(KernelSeam, GetenvReadsTheEnvironmentAsItIsNow) {
+// The environment as it is now, and an installed table's getenv instead.
+TEST(KernelSeam, GetenvReadsTheEnvironmentOrTheInstalledTable) {
   ::setenv("VORN_KERNEL_TEST", "one", 1);
   EXPECT_STREQ(Kernel::getenv("VORN_KERNEL_TEST"), "one");
   ::setenv("VORN_KERNEL_TEST", "", 1);
   EXPECT_STREQ(Kernel::getenv("VORN_KERNEL_TEST"), "");
-  EXPECT_EQ(Kernel::getenv("VORN_KERNEL_TES"), nullptr);    // a prefix of a name
-  EXPECT_EQ(Kernel::getenv("VORN_KERNEL_TESTS"), nullptr);  // longer than a name
+  EXPECT_EQ(Kernel::getenv("VORN_KERNEL"), nullptr);  // a prefix of a name
   ::unsetenv("VORN_KERNEL_TEST");
   EXPECT_EQ(Kernel::getenv("VORN_KERNEL_TEST"), nullptr);
   EXPECT_EQ(Kernel::getenv(""), std::getenv(""));
-  // A name matching an entry's first characters only, and the first and
-  // last entries of the environment.
-  ::setenv("VORN_KERNEL_TEST", "x", 1);
-  EXPECT_EQ(Kernel::getenv("VORN_KERNEL_TEST_X"), nullptr);
-  EXPECT_EQ(Kernel::getenv("VORN_KERNEL"), nullptr);
-  for (char** e = environ; *e; ++e) {
-    std::string entry(*e);
-    std::string name = entry.substr(0, entry.find('='));
-    if (name.empty()) continue;
-    EXPECT_EQ(Kernel::getenv(name.c_str()), std::getenv(name.c_str())) << name;
-  }
-  ::unsetenv("VORN_KERNEL_TEST");
 
-  // An installed table's getenv is asked instead of the environment.
   Kernel::Ops ownGetenv = Kernel::linuxOps();
   ownGetenv.getenv = [](const char* name) -> const char* {
     return std::string_view(name) == "SIMULATION_VMID" ? "7" : nullptr;
