@@ -25,12 +25,6 @@ inline std::string assertionPattern(const std::string& function, const std::stri
   return ": " + regexQuoted(function) + ": Assertion `" + regexQuoted(cond) + "' failed\\.";
 }
 
-// A "Failed(" diagnostic line followed by the assert line.
-inline std::string failedThenAssertion(const std::string& failedLine, const std::string& function,
-                                       const std::string& cond) {
-  return "^" + regexQuoted(failedLine) + "\n.*" + assertionPattern(function, cond);
-}
-
 // Runs `f` and expects the range exception with `text`.
 template <typename F>
 void expectRangeText(F&& f, const char* text) {
