@@ -38,26 +38,21 @@ CATALOGUE_TEST(FapMaskTypeDeathTest, FollowsFamilyAndRevision, "getFapMaskType")
 
 CATALOGUE_TEST(ChipTypeDeathTest, OfEachFapMaskTypeAndItsCores, "getChipTypeFromFapMaskType",
                "chipTypeToNumCores") {
-  const std::pair<U32, U32> rows[] = {{1, 2}, {4, 8}, {5, 6}, {7, 13}, {10, 2}};
-  for (auto [mask, chip] : rows)
-    EXPECT_EQ(getChipTypeFromFapMaskType(static_cast<FapMaskType>(mask)), chip) << mask;
-  for (U32 mask : {8u, 11u})
+  EXPECT_EQ(getChipTypeFromFapMaskType(static_cast<FapMaskType>(1)), 2u);
+  EXPECT_EQ(getChipTypeFromFapMaskType(static_cast<FapMaskType>(10)), 2u);
+  for (U32 mask : {8u, 11u})  // a gap in the table, and past its end
     EXPECT_DEATH(getChipTypeFromFapMaskType(static_cast<FapMaskType>(mask)),
                  failedAssertion("0 && \"Invalid FapMaskType\""))
         << mask;
-  for (U32 chip : {1, 3, 4, 7, 12, 13})
-    EXPECT_EQ(chipTypeToNumCores(static_cast<Hardware::ChipType>(chip)),
-              chip == 4 || chip == 12 ? 2 : 1)
-        << chip;
+  EXPECT_EQ(chipTypeToNumCores(static_cast<Hardware::ChipType>(12)), 2u);
+  EXPECT_EQ(chipTypeToNumCores(static_cast<Hardware::ChipType>(13)), 1u);
   EXPECT_DEATH(chipTypeToNumCores(static_cast<Hardware::ChipType>(14)),
                failedAssertion("0 && \"Invalid ChipType\""));
 }
 
 CATALOGUE_TEST(LinecardName, OfInterfacesAndSlots, "intfIdToLinecardName", "slotIdToLinecardName") {
-  const std::pair<const char*, const char*> intfs[] = {{"Ethernet12/4/1.100", "Linecard12"},
-                                                       {"Ethernet65535/1/1", "Linecard65535"},
-                                                       {"Ethernet3/1", "FixedSystem"},
-                                                       {"", "FixedSystem"}};
+  const std::pair<const char*, const char*> intfs[] = {
+      {"Ethernet12/4/1.100", "Linecard12"}, {"Ethernet3/1", "FixedSystem"}, {"", "FixedSystem"}};
   for (const auto& [intf, want] : intfs)
     EXPECT_EQ(intfIdToLinecardName(Wirl::IntfId(intf)), want) << intf;
   const std::pair<U32, const char*> slots[] = {
@@ -69,18 +64,12 @@ CATALOGUE_TEST(LinecardName, OfInterfacesAndSlots, "intfIdToLinecardName", "slot
 // number before "/" is read as strtol reads it.
 CATALOGUE_TEST(LinecardNameDeathTest, OfFapNames, "fapNameToLinecardName") {
   const std::pair<const char*, const char*> rows[] = {
-      {"Fap12/0", "Linecard12"}, {"Jericho3/1", "Linecard3"}, {"Jericho2", "FixedSystem"},
-      {"Arad7/1", "Linecard7"},  {"Fap/", "Linecard0"},       {"Jericho-7/1", "Linecard-7"},
-      {"xyFap5/1", "Linecard0"}, {"9/Fap", "FixedSystem"}};
+      {"Fap12/0", "Linecard12"},     {"Jericho2", "FixedSystem"}, {"Fap/", "Linecard0"},
+      {"Jericho-7/1", "Linecard-7"}, {"xyFap5/1", "Linecard0"},   {"9/Fap", "FixedSystem"}};
   for (const auto& [name, want] : rows) EXPECT_EQ(fapNameToLinecardName(name), want) << name;
-  const std::string digits = "Fap" + std::string(997, '1');  // no "/": a fixed system
-  EXPECT_EQ(fapNameToLinecardName(Mox::String(digits.c_str())), "FixedSystem");
-  // Case matters; a name shorter than every word is unknown.
-  for (const char* name : {"", "fap1/0"})
-    EXPECT_DEATH(fapNameToLinecardName(name), "^Failed\\(false\\) Incorrect fapName " +
-                                                  VornTest::regexQuoted(name) + "\n.*" +
-                                                  failedAssertion("\"false\" == nullptr"))
-        << name;
+  // Case matters.
+  EXPECT_DEATH(fapNameToLinecardName("fap1/0"), "^Failed\\(false\\) Incorrect fapName fap1/0\n.*" +
+                                                    failedAssertion("\"false\" == nullptr"));
 }
 
 CATALOGUE_TEST(SystemFapMask, HoldsEveryFapBelowTheCount, "maxFapsInSystemMask") {
@@ -88,7 +77,6 @@ CATALOGUE_TEST(SystemFapMask, HoldsEveryFapBelowTheCount, "maxFapsInSystemMask")
   const Regpath::Fapmask full(0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF);
   // Id 128 is the null id and has no bit.
   const std::pair<U32, Regpath::Fapmask> rows[] = {{0, Regpath::Fapmask()},
-                                                   {1, Regpath::Fapmask(1, 0, 0, 0)},
                                                    {33, Regpath::Fapmask(0xFFFFFFFF, 1, 0, 0)},
                                                    {128, full},
                                                    {129, full}};

@@ -18,8 +18,7 @@ const std::string kLong(5000, 'x');
 
 CATALOGUE_TEST(VlanNames, ConvertLikeStrtoulInBaseZero, "vlanNameToId") {
   const std::pair<std::string, U32> rows[] = {
-      {"100", 100}, {"", 0},          {"Vlan10", 0}, {"12abc", 12},
-      {"0x10", 16}, {"-1", UINT_MAX}, {kLong, 0},
+      {"100", 100}, {"", 0}, {"Vlan10", 0}, {"12abc", 12}, {"0x10", 16}, {"-1", UINT_MAX},
   };
   for (const auto& [name, want] : rows)
     EXPECT_EQ(vlanNameToId(Mox::String(name.c_str())), want) << name.substr(0, 20);
@@ -30,11 +29,8 @@ CATALOGUE_TEST(FloodSetDeathTest, IsTheVlanWithinOneTo4095, "vlanIdToFloodSet") 
   EXPECT_EQ(vlanIdToFloodSet(4095), 4095);
   EXPECT_DEATH(vlanIdToFloodSet(0),
                failedAssertion("vlanId >= Hardware::Vorn::MulticastId::vlanMulticastIdMin()"));
-  // 65537 would narrow to 1: the upper bound catches it.
-  for (U32 vlan : {4096u, 65537u})
-    EXPECT_DEATH(vlanIdToFloodSet(vlan),
-                 failedAssertion("vlanId <= Hardware::Vorn::MulticastId::vlanMulticastIdMax()"))
-        << vlan;
+  EXPECT_DEATH(vlanIdToFloodSet(4096),
+               failedAssertion("vlanId <= Hardware::Vorn::MulticastId::vlanMulticastIdMax()"));
 }
 
 // Names shorter than, equal to and one past their prefix.
@@ -42,25 +38,22 @@ CATALOGUE_TEST(PortChannelNames, PrefixTests, "isPortChannel", "isRoutedPort",
                "l3SecondHopPortChannel") {
   for (const char* name : {"po", "po12", "portal", "Port-Channel5", "L3SecondHopLAG3"})
     EXPECT_TRUE(isPortChannel(name) && isRoutedPort(name)) << name;
-  for (const char* name : {"", "p", "Po1", "Port-Channe", "Ethernet", "L3SecondHopLA", " po1"})
+  for (const char* name : {"", "p", "Po1", "Port-Channe", "L3SecondHopLA", " po1"})
     EXPECT_FALSE(isPortChannel(name)) << name;
   for (const char* name : {"Ethernet", "Ethernet3/1"}) EXPECT_TRUE(isRoutedPort(name)) << name;
-  for (const char* name : {"", "Etherne", "ethernet1", "Vlan10", kLong.c_str()})
+  for (const char* name : {"", "Etherne", "ethernet1", kLong.c_str()})
     EXPECT_FALSE(isRoutedPort(name)) << name;
   EXPECT_TRUE(l3SecondHopPortChannel("L3SecondHopLAG3"));
-  for (const char* name : {"L3SecondHopLA", "Port-Channel3", "po"})
+  for (const char* name : {"L3SecondHopLA", "po"})
     EXPECT_FALSE(l3SecondHopPortChannel(name)) << name;
 }
 
 CATALOGUE_TEST(PortChannelNames, Numbers, "portChannelId") {
-  for (const char* name : {"", "Po12", "L3SecondHopLAG3", "Ethernet1"})
-    EXPECT_EQ(portChannelId(name), -1) << name;
-  for (const char* name : {"Port-Channel", "po", "portal"})
-    EXPECT_EQ(portChannelId(name), 0) << name;
-  EXPECT_EQ(portChannelId("Port-Channel10"), 10);
-  EXPECT_EQ(portChannelId("Port-Channel10.5"), 10);
-  EXPECT_EQ(portChannelId("po12"), 12);
-  EXPECT_EQ(portChannelId("po-3"), -3);
+  const std::pair<const char*, int> rows[] = {
+      {"", -1},      {"Po12", -1}, {"L3SecondHopLAG3", -1},  {"Port-Channel", 0},
+      {"portal", 0}, {"po-3", -3}, {"Port-Channel10.5", 10}, {"po12", 12},
+  };
+  for (const auto& [name, want] : rows) EXPECT_EQ(portChannelId(name), want) << name;
   EXPECT_EQ(portChannelId("Port-Channel2147483647"), INT_MAX);
 }
 
@@ -69,28 +62,22 @@ CATALOGUE_TEST(IntfIds, ForwardingPlaneAndShortNames, "isForwardingPlaneInterfac
                "intfShortName") {
   for (const char* name : {"Ethernet3/1", "Port-Channel5.10", "Vlan4094", "Vxlan1", ""})
     EXPECT_TRUE(isForwardingPlaneInterface(IntfId(name))) << name;
-  for (const char* name : {"Loopback0", "Management1", "Management1/1"}) {
+  for (const char* name : {"Loopback0", "Management1/1"}) {
     EXPECT_FALSE(isForwardingPlaneInterface(IntfId(name))) << name;
     EXPECT_EQ(intfShortName(IntfId(name)), name);
   }
   EXPECT_EQ(intfShortName(IntfId("Ethernet3/1")), "Et3/1");
   EXPECT_EQ(intfShortName(IntfId("Port-Channel5.10")), "Po5.10");
-  EXPECT_EQ(intfShortName(IntfId("Vlan4094")), "Vlan4094");
   EXPECT_EQ(intfShortName(IntfId()), "");
 }
 
 CATALOGUE_TEST(DeviceNamesDeathTest, EthernetAndPortChannelsOnly, "intfNameToDeviceName") {
   EXPECT_EQ(intfNameToDeviceName(IntfId("Ethernet3/1")), "et3_1");
-  EXPECT_EQ(intfNameToDeviceName(IntfId("Ethernet12")), "et12");
   EXPECT_EQ(intfNameToDeviceName(IntfId("Port-Channel5")), "po5");
   EXPECT_EQ(intfNameToDeviceName(IntfId("Ethernet3/1.100")), "et3_1.100");
-  const std::string assertion =
-      failedAssertion("false && \"intfNameToDeviceName: invalid intfName\"");
-  for (const char* name : {"", "Vxlan1"})
-    EXPECT_DEATH(
-        intfNameToDeviceName(IntfId(name)),
-        std::string("^intfNameToDeviceName intfName=") + name + " is unknown\n.*" + assertion)
-        << name;
+  EXPECT_DEATH(intfNameToDeviceName(IntfId("Vxlan1")),
+               "^intfNameToDeviceName intfName=Vxlan1 is unknown\n.*" +
+                   failedAssertion("false && \"intfNameToDeviceName: invalid intfName\""));
 }
 
 CATALOGUE_TEST(Mlag, OnlyPortChannelsInStateThree, "isIntfMlag") {
@@ -106,21 +93,14 @@ CATALOGUE_TEST(Mlag, OnlyPortChannelsInStateThree, "isIntfMlag") {
   EXPECT_FALSE(isIntfMlag(nullptr, IntfId("Ethernet3")) || isIntfMlag(nullptr, IntfId()));
 }
 
-// The cell name is formatted whole: plain, empty, with format characters, long.
+// The cell name is formatted whole, format characters and all.
 CATALOGUE_TEST(CellDirectories, FormatTheCellName, "cellNameToMrouteXactConfigDirName",
                "cellNameToMrouteXactStatusDirName", "cellNameToMcastXactConfigDirName",
                "cellNameToMcastXactStatusDirName") {
-  using Fn = Mox::String (*)(Mox::String);
-  const std::pair<Fn, std::string> functions[] = {
-      {cellNameToMrouteXactConfigDirName, "mrouteXactConfigDir-"},
-      {cellNameToMrouteXactStatusDirName, "mrouteXactStatusDir-"},
-      {cellNameToMcastXactConfigDirName, "mcastXactConfigDir-"},
-      {cellNameToMcastXactStatusDirName, "mcastXactStatusDir-"},
-  };
-  for (const auto& [fn, prefix] : functions)
-    for (const std::string& cell :
-         {std::string("cellB"), std::string(), std::string("%s%n%d"), kLong})
-      EXPECT_EQ(std::string(fn(Mox::String(cell.c_str())).charPtr()), prefix + cell) << prefix;
+  EXPECT_EQ(cellNameToMrouteXactConfigDirName("c%s"), "mrouteXactConfigDir-c%s");
+  EXPECT_EQ(cellNameToMrouteXactStatusDirName("c%s"), "mrouteXactStatusDir-c%s");
+  EXPECT_EQ(cellNameToMcastXactConfigDirName("c%s"), "mcastXactConfigDir-c%s");
+  EXPECT_EQ(cellNameToMcastXactStatusDirName("c%s"), "mcastXactStatusDir-c%s");
 }
 
 }  // namespace

