@@ -1,6 +1,5 @@
-// The LAG agent's records as the library uses them: the table's
-// replace-whole, and LagDevice::operator= (defined by libvorn.so).
-#include <gmock/gmock.h>
+// The LAG agent's records as the library uses them: the table's config
+// members, and LagDevice::operator= (defined by libvorn.so).
 #include <gtest/gtest.h>
 
 #include <string>
@@ -24,26 +23,19 @@ LagDevice sample() {
 }
 
 // Assignment copies every field into an independent record, also from
-// itself, through an alias, from a table entry, from a record that shares
-// its name's text, and from the empty and the largest records.
+// itself through an alias, from a record that shares its name's text, and
+// from the empty record.
 CATALOGUE_TEST(LagDevice, AssignmentCopiesEveryField, "LagDevice::operator=") {
   const LagDevice source = sample();
-  LagDevice target = lagDevice("po1", LagId(1), {{"et9", 9}}, {"Ethernet9"});
-  target = source;
-  EXPECT_EQ(target, source);
-  target.lagMemberConfigIs("Ethernet3", true);
+  LagDevice lag = lagDevice("po1", LagId(1), {{"et9", 9}}, {"Ethernet9"});
+  lag = source;
+  EXPECT_EQ(lag, source);
+  lag.lagMemberConfigIs("Ethernet3", true);
   EXPECT_FALSE(source.lagMemberConfig("Ethernet3"));
-  LagDevice moved;
-  moved = sample();
-  EXPECT_EQ(moved, source);
 
-  LagDevice lag = sample();
+  lag = sample();
   LagDevice* alias = &lag;
   lag = *alias;
-  EXPECT_EQ(lag, source);
-  VornDmaLags::Ptr table = vornDmaLagsFactory("vornDmaLags");
-  table->lagDeviceIs(sample());
-  lag = *table->lagDevice("po12");
   EXPECT_EQ(lag, source);
   {
     LagDevice sharer = lag;  // lag then holds the last reference but one to the name
@@ -52,33 +44,20 @@ CATALOGUE_TEST(LagDevice, AssignmentCopiesEveryField, "LagDevice::operator=") {
   }
   EXPECT_EQ(lag.name(), "po12");
   EXPECT_EQ(lag.lagMode(), 4);
-
-  const LagDevice empty{Mox::String(), LagId()};
-  lag = empty;
+  lag = LagDevice{Mox::String(), LagId()};
   EXPECT_TRUE(lag.isEmpty());
-  const LagDevice big(Mox::String(std::string(1000, 'p').c_str()), LagId(LagId::null()));
-  lag = big;
-  EXPECT_EQ(lag, big);
 }
 
-TEST(VornDmaLags, LagDeviceIsReplacesWholeAndIteratesByName) {
+// A config member added in place is the same as copy, add, store back; for a
+// LAG that is not there, nothing is made. (Replacing an entry whole is the
+// listing's, and checked with it.)
+TEST(VornDmaLags, MemberConfigIsAddsInPlace) {
   VornDmaLags::Ptr table = vornDmaLagsFactory("vornDmaLags");
-  table->lagDeviceIs(lagDevice("po3", LagId(1), {{"et1", 0}}, {"Ethernet1"}));
-  table->lagDeviceIs(lagDevice("po10", LagId(2)));
-  table->lagDeviceIs(lagDevice("po3", LagId(4), {{"et2", 1}}));
-  ASSERT_EQ(table->lagDeviceSize(), 2u);
-  EXPECT_EQ(*table->lagDevice("po3"), lagDevice("po3", LagId(4), {{"et2", 1}}));
-  EXPECT_EQ(table->lagDevice("po4"), nullptr);
-  std::vector<std::string> names;
-  for (const auto& [name, lag] : table->lagDevices()) names.push_back(name.stdString());
-  EXPECT_THAT(names, testing::ElementsAre("po10", "po3"));
-  // A config member added in place is the same as copy, add, store back.
+  table->lagDeviceIs(lagDevice("po10", LagId(2), {{"et2", 1}}));
   EXPECT_TRUE(table->lagDeviceMemberConfigIs("po10", "Ethernet5", true));
-  LagDevice copy = lagDevice("po10", LagId(2));
-  copy.lagMemberConfigIs("Ethernet5", true);
-  EXPECT_EQ(*table->lagDevice("po10"), copy);
+  EXPECT_EQ(*table->lagDevice("po10"), lagDevice("po10", LagId(2), {{"et2", 1}}, {"Ethernet5"}));
   EXPECT_FALSE(table->lagDeviceMemberConfigIs("po11", "Ethernet5", true));
-  EXPECT_EQ(table->lagDeviceSize(), 2u);
+  EXPECT_EQ(table->lagDevice("po11"), nullptr);
 }
 
 }  // namespace

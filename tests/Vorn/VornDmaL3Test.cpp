@@ -75,9 +75,11 @@ class L3 : public testing::Test {
   TcCapture tc;
 };
 
-// Each command as the driver reads it; in simulation nothing is sent.
-CATALOGUE_TEST_F(L3, EachCommandIsSent, "vornDmaVirtualMacSet", "vornDmaIpAddrVirtualSet",
-                 "vornDmaIp6AddrVirtualSet", "vornDmaPeerRouterMacSet",
+// Each command as the driver reads it, after its entry message (a ring
+// message, or a trace line for ARP snooping, private VLANs and VLAN
+// routing); in simulation nothing is sent.
+CATALOGUE_TEST_F(L3, EachCommandIsSentAfterItsEntryMessage, "vornDmaVirtualMacSet",
+                 "vornDmaIpAddrVirtualSet", "vornDmaIp6AddrVirtualSet", "vornDmaPeerRouterMacSet",
                  "vornDmaMlagSharedRouterMacIs", "vornDmaArpSnoopingVlan", "vornDmaPvlanMap",
                  "vornDmaVlanRoutingStatus", "vornDmaVcableSetProto", "vornDmaVcableSetMuxid") {
   {
@@ -85,10 +87,24 @@ CATALOGUE_TEST_F(L3, EachCommandIsSent, "vornDmaVirtualMacSet", "vornDmaIpAddrVi
     for (const Case& c : cases()) EXPECT_EQ(c.call(), 0u) << c.keyword;
     EXPECT_THAT(driver.commands(), IsEmpty());
   }
+  Ringlog::ScopedMemoryFile ring;
+  TraceCapture trace;
   for (const Case& c : cases()) EXPECT_EQ(c.call(), 0u) << c.keyword;
-  std::vector<std::string> sent;
+  std::vector<std::string> sent, ringEntries;
   for (const Case& c : cases()) sent.push_back(c.sent);
   EXPECT_EQ(driver.commands(), sent);
+  for (const std::string& m : ring.messages())
+    if (m.rfind("fab_ioctl", 0) != 0) ringEntries.push_back(m);
+  EXPECT_THAT(ringEntries, ElementsAre("vornDmaVirtualMacSet 021c.7300.0099 mask= ffff.ffff.ff00",
+                                       "vornDmaIpAddrVirtualSet vlanId: 10 enable: 1",
+                                       "vornDmaIp6AddrVirtualSet vlanId: 11 enable: 0",
+                                       "vornDmaPeerRouterMacSet 021c.7300.0099",
+                                       "vornDmaMlagSharedRouterMacSet 021c.7300.0099",
+                                       "vornDmaVcableSetProto proto=34997",
+                                       "vornDmaVcableSetMuxid ifname=et1 muxid=65535"));
+  EXPECT_THAT(trace.texts(), ElementsAre("vornDmaArpSnoopingVlan vlanId=4094 on=1",
+                                         "vornDmaPvlanMapPrimary vlanId=100 Secondary VlanId=101",
+                                         "vornDmaVlanRoutingStatusvlanId=20 enabled=1"));
 }
 
 // Refusals are traced and returned, except that what the driver refuses as
@@ -120,39 +136,6 @@ CATALOGUE_TEST_F(L3, RefusalsAreTracedAndInvalidArgumentEndsTheProcess, "vornDma
       EXPECT_EQ(c.call(), unsigned{EINVAL}) << c.keyword;
     }
   }
-}
-
-// The protocol goes out in lower-case hexadecimal without a prefix; a
-// missing or overlong name is the driver's to refuse.
-CATALOGUE_TEST_F(L3, VirtualCableValuesAndNames, "vornDmaVcableSetProto", "vornDmaVcableSetMuxid") {
-  vornDmaVcableSetProto(0x0800);
-  vornDmaVcableSetProto(0xABCD);
-  EXPECT_EQ(driver.host().vcableProto, 0xABCDu);
-  const std::string overlong(300, 'n');
-  EXPECT_EQ(vornDmaVcableSetMuxid("", 0), unsigned{ENODEV});
-  EXPECT_EQ(vornDmaVcableSetMuxid(overlong.c_str(), 1), unsigned{EINVAL});
-  EXPECT_THAT(driver.commands(),
-              ElementsAre("vcable_proto 800", "vcable_proto abcd", "vcable_muxid  0",
-                          ("vcable_muxid " + overlong).substr(0, kCommandSize - 1)));
-}
-
-TEST_F(L3, EntryMessages) {
-  Ringlog::ScopedMemoryFile ring;
-  TraceCapture trace;
-  for (const Case& c : cases()) c.call();
-  std::vector<std::string> ringEntries;
-  for (const std::string& m : ring.messages())
-    if (m.rfind("fab_ioctl", 0) != 0) ringEntries.push_back(m);
-  EXPECT_THAT(ringEntries, ElementsAre("vornDmaVirtualMacSet 021c.7300.0099 mask= ffff.ffff.ff00",
-                                       "vornDmaIpAddrVirtualSet vlanId: 10 enable: 1",
-                                       "vornDmaIp6AddrVirtualSet vlanId: 11 enable: 0",
-                                       "vornDmaPeerRouterMacSet 021c.7300.0099",
-                                       "vornDmaMlagSharedRouterMacSet 021c.7300.0099",
-                                       "vornDmaVcableSetProto proto=34997",
-                                       "vornDmaVcableSetMuxid ifname=et1 muxid=65535"));
-  EXPECT_THAT(trace.texts(), ElementsAre("vornDmaArpSnoopingVlan vlanId=4094 on=1",
-                                         "vornDmaPvlanMapPrimary vlanId=100 Secondary VlanId=101",
-                                         "vornDmaVlanRoutingStatusvlanId=20 enabled=1"));
 }
 
 }  // namespace

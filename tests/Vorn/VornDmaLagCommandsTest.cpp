@@ -112,18 +112,14 @@ TEST_F(LagCommands, RefusalsOfTheOtherCommands) {
   EXPECT_EQ(vornDmaLagMemberConfigAdd("PortChannel3", "Ethernet7"), EEXIST);
   EXPECT_EQ(vornDmaLagMemberConfigDel("PortChannel3", "Ethernet9"), ENOENT);
   EXPECT_EQ(vornDmaLagConfigMapDel("PortChannel8"), ENODEV);
-  EXPECT_EQ(vornDmaSetLagMode(4294967295u, 0, fapTypeArad), EINVAL);
   EXPECT_THAT(
       trace.texts(),
       ElementsAre("vornDmaLagMemberDel cmd: lagmember_del PortChannel8 1 error No such device",
                   "vornDmaLagMemberConfigAdd ifname=PortChannel3, membername=Ethernet7 returned 17",
                   "vornDmaLagMemberConfigDelifname=PortChannel3 membername=Ethernet9 returned 2",
-                  "vornDmaLagConfigMapDel lagname=PortChannel8 returned 19",
-                  "vornDmaSetLagMode cmd: drvparams -1 0 2 error Invalid argument"));
-  std::vector<std::string> messages = ring.messages();
-  std::erase_if(messages, [](const std::string& m) { return m.rfind("fab_ioctl", 0) == 0; });
+                  "vornDmaLagConfigMapDel lagname=PortChannel8 returned 19"));
   EXPECT_THAT(
-      messages,
+      ringMessages(ring, "vornDmaLag"),
       ElementsAre("vornDmaLagMemberDel ifname=PortChannel8, memberId=1",
                   "vornDmaLagMemberConfigAdd ifname=PortChannel3, membername=Ethernet7",
                   "vornDmaLagMemberConfigAdd ifname=PortChannel3, membername=Ethernet7returned 17",
@@ -132,17 +128,18 @@ TEST_F(LagCommands, RefusalsOfTheOtherCommands) {
                   "vornDmaLagConfigDel lagname=PortChannel8",
                   "vornDmaLagConfigMapDel lagname=PortChannel8 returned 19"));
   // One send each: only the member add retries.
-  EXPECT_EQ(driver.commands().size(), 6u);
+  EXPECT_EQ(driver.commands().size(), 5u);
 }
 
 // The arguments are unsigned but go out as "%d", in the order mode,
-// parameter, FAP type.
+// parameter, FAP type; a refusal is traced and returned.
 CATALOGUE_TEST_F(LagCommands, LagModeIsPassedThroughAsSignedDecimal, "vornDmaSetLagMode") {
+  TraceCapture trace;
   EXPECT_EQ(vornDmaSetLagMode(5, 4000000000u, fapTypeJericho), 0);
-  EXPECT_EQ(vornDmaSetLagMode(UINT_MAX, UINT_MAX, static_cast<FapType>(UINT_MAX)), EINVAL);
-  EXPECT_EQ(vornDmaSetLagMode(0x80000000u, 0, fapTypeUnknown_), EINVAL);
-  EXPECT_THAT(driver.commands(), ElementsAre("drvparams 5 -294967296 3", "drvparams -1 -1 -1",
-                                             "drvparams -2147483648 0 0"));
+  EXPECT_EQ(vornDmaSetLagMode(UINT_MAX, 0, static_cast<FapType>(UINT_MAX)), EINVAL);
+  EXPECT_THAT(driver.commands(), ElementsAre("drvparams 5 -294967296 3", "drvparams -1 0 -1"));
+  EXPECT_THAT(trace.texts(),
+              ElementsAre("vornDmaSetLagMode cmd: drvparams -1 0 -1 error Invalid argument"));
 }
 
 // Empty names, names beyond the buffer and member ids at the ends of an int
@@ -152,23 +149,20 @@ CATALOGUE_TEST_F(LagCommands, MemberCommandsWithEmptyOverlongAndNegative, "vornD
                  "vornDmaLagConfigMapDel") {
   const std::string overlong(300, 'n');
   const char* longest = overlong.c_str();
-  EXPECT_EQ(vornDmaLagMemberAdd("", "", 0), EINVAL);
   EXPECT_EQ(vornDmaLagMemberAdd("po1", "et1", -1), EINVAL);
   EXPECT_EQ(vornDmaLagMemberAdd(longest, "et1", INT_MAX), EINVAL);
   EXPECT_EQ(vornDmaLagMemberDel("", INT_MIN), EINVAL);
-  EXPECT_EQ(vornDmaLagMemberDel(longest, 0), EINVAL);
   EXPECT_EQ(vornDmaLagMemberConfigAdd("", ""), EINVAL);
-  EXPECT_EQ(vornDmaLagMemberConfigAdd(longest, longest), EINVAL);
   EXPECT_EQ(vornDmaLagMemberConfigDel(longest, longest), EINVAL);
   EXPECT_EQ(vornDmaLagConfigMapDel(""), EINVAL);
-  EXPECT_EQ(vornDmaLagConfigMapDel(longest), EINVAL);
   const auto sent = driver.commands();
-  ASSERT_EQ(sent.size(), 10u);  // no retries: none was answered 19
-  EXPECT_EQ(sent[0], "lagmember_add   0");
-  EXPECT_EQ(sent[1], "lagmember_add po1 et1 -1");
-  EXPECT_EQ(sent[3], "lagmember_del  -2147483648");
-  EXPECT_EQ(sent[8], "lagconfigmap_del ");
-  for (std::size_t i : {2u, 4u, 6u, 7u, 9u}) EXPECT_EQ(sent[i].size(), kCommandSize - 1) << sent[i];
+  ASSERT_EQ(sent.size(), 6u);  // no retries: none was answered 19
+  EXPECT_EQ(sent[0], "lagmember_add po1 et1 -1");
+  EXPECT_EQ(sent[1].size(), kCommandSize - 1);
+  EXPECT_EQ(sent[2], "lagmember_del  -2147483648");
+  EXPECT_EQ(sent[3], "lagmemberconfig_add  ");
+  EXPECT_EQ(sent[4].size(), kCommandSize - 1);
+  EXPECT_EQ(sent[5], "lagconfigmap_del ");
 }
 
 // In SAI mode the member commands send nothing, whatever their input; the
@@ -180,11 +174,8 @@ CATALOGUE_TEST_F(LagCommands, SaiModeSkipsTheMemberCommandsButNotTheLagMode, "vo
       {
         ::setenv("KRIX_MODE", "sai", 1);
         driver.lags().absentMembers["et1"] = 11;
-        const std::string overlong(300, 'n');
-        bool ok = vornDmaLagMemberAdd("PortChannel3", "et1", 0) == 0 &&
-                  vornDmaLagMemberAdd("", overlong.c_str(), -1) == 0 &&
-                  vornDmaLagMemberDel(overlong.c_str(), INT_MIN) == 0 &&
-                  vornDmaLagMemberConfigAdd("", "") == 0 &&
+        bool ok = vornDmaLagMemberAdd("PortChannel3", "et1", -1) == 0 &&
+                  vornDmaLagMemberDel("", INT_MIN) == 0 && vornDmaLagMemberConfigAdd("", "") == 0 &&
                   vornDmaLagMemberConfigDel("PortChannel3", "Ethernet1") == 0 &&
                   vornDmaLagConfigMapDel("PortChannel3") == 0;
         ok = ok && driver.commands().empty() && sleeps().empty();
@@ -211,7 +202,6 @@ TEST_F(LagCommands, RoundTripThroughTheDriversListing) {
   ASSERT_EQ(vornDmaLagMemberConfigAdd("PortChannel12", "Ethernet5/1"), 0);  // no members: no id
   ASSERT_EQ(vornDmaLagMemberConfigAdd("PortChannel20", "Ethernet4/1"), 0);
   ASSERT_EQ(vornDmaLagConfigMapDel("PortChannel20"), 0);
-  driver.lags().sysPorts["Ethernet1/1"] = 40;
 
   VornDmaLags::Ptr lags = vornDmaListLags();
   EXPECT_EQ(lags->lagDevices(), lagTable({lagDevice("po3", LagId(0), {{"et1_1", 0}, {"et2_1", 1}},

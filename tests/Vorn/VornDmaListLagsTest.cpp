@@ -20,8 +20,8 @@ using VornTest::ScopedEnv;
 
 namespace {
 
-constexpr const char kExample[] =
-    "lags:\npo3 5 et1 0 et2 1\n\nlagconfigmap:\net7 sys_port 40: po3\n";
+// Its last line has no newline: it is read all the same.
+constexpr const char kExample[] = "lags:\npo3 5 et1 0 et2 1\n\nlagconfigmap:\net7 sys_port 40: po3";
 
 // The C library's assert line of the reader's assertions.
 std::string assertionLine(const char* condition) {
@@ -40,15 +40,12 @@ TEST_F(ListLags, ReadsTheFileWhateverSizeItsReadsHave) {
   const auto expected = lagTable({lagDevice("po3", LagId(5), {{"et1", 0}, {"et2", 1}}, {"et7"})});
   for (std::size_t perRead : {1u, 2u, 7u, 1u << 20}) {
     ProcListing file(kExample, perRead);
-    VornDmaLags::Ptr lags = vornDmaListLags();
-    ASSERT_TRUE(lags);
-    EXPECT_EQ(lags->lagDevices(), expected) << perRead;
+    EXPECT_EQ(vornDmaListLags()->lagDevices(), expected) << perRead;
     EXPECT_EQ(file.opens, 1);
     EXPECT_EQ(file.closes, 1);
   }
 }
 
-// No file, or simulation, gives an empty table.
 TEST_F(ListLags, UnopenableFileOrSimulationGivesAnEmptyTable) {
   ProcListing file(kExample);
   {
@@ -66,33 +63,21 @@ TEST_F(ListLags, UnopenableFileOrSimulationGivesAnEmptyTable) {
 }
 
 TEST_F(ListLags, IdsOutOfRangeThrowAndCloseTheFile) {
-  struct Case {
-    const char* text;
-    const char* what;
-  } cases[] = {
-      {"lags:\npo1 2\npo7 1025\n", "LagId::value < LagId::min or > LagId::null not allowed"},
-      {"lags:\npo7 3 et1 257\n",
-       "LagMemberId::value < LagMemberId::min or > LagMemberId::null not allowed"},
-  };
-  for (const Case& c : cases) {
-    ProcListing file(c.text, 3);
-    try {
-      vornDmaListLags();
-      ADD_FAILURE() << "no exception for " << c.text;
-    } catch (const Mox::RangeException& e) {
-      EXPECT_STREQ(e.what(), c.what);
-    }
-    EXPECT_EQ(file.closes, file.opens);
+  ProcListing file("lags:\npo1 2\npo7 1025\n", 3);
+  try {
+    vornDmaListLags();
+    ADD_FAILURE() << "no exception";
+  } catch (const Mox::RangeException& e) {
+    EXPECT_STREQ(e.what(), "LagId::value < LagId::min or > LagId::null not allowed");
   }
+  EXPECT_EQ(file.closes, 1);
 }
 
-// A line inside a section that is neither kind (a header with a blank, a
-// config name one past its 63 characters) and a config line before its LAG
-// end the process.
+// A line inside a section that is neither kind and a config line before its
+// LAG end the process.
 CATALOGUE_TEST_F(ListLags, MalformedListingsEndTheProcess, "vornDmaListLags") {
   const std::pair<std::string, const char*> cases[] = {
       {"lags:\npo3 5\nlags: \n", "matches == 3"},
-      {"lags:\npo1\n" + std::string(64, 'x') + " sys_port 1: po1\n", "matches == 3"},
       {"lagconfigmap:\net7 sys_port 40: po3\n\nlags:\npo3 5\n", "!!lagDevice"},
   };
   for (const auto& [text, condition] : cases)
@@ -103,12 +88,6 @@ CATALOGUE_TEST_F(ListLags, MalformedListingsEndTheProcess, "vornDmaListLags") {
         },
         assertionLine(condition))
         << text;
-}
-
-TEST_F(ListLags, ALastLineWithoutNewlineIsRead) {
-  ProcListing file("lags:\npo3 5\npo4", 4);
-  EXPECT_EQ(vornDmaListLags()->lagDevices(),
-            lagTable({lagDevice("po3", LagId(5)), lagDevice("po4", LagId())}));
 }
 
 }  // namespace
