@@ -65,7 +65,7 @@ CATALOGUE_TEST_F(IrqAffinityMask, MaskOfEachSlot, "getIrqAffinityMask") {
       {8, "00000022\n", 3, 7, 5, 4},    {3, "00000006\n", 1, 16, 16, 2},
       {4, "00000006\n", 1, 16, 16, 8},  {40, "00000006\n", 1, 16, 16, 4},
       {8, "00000006\n", 1, 4, 5, 2},    {8, "00000006\n", 1, 5, 3, 8},
-      {8, "000000000000000006\n", 1, 16, 9, 4},
+      {8, "000000000000000006\n", 1, 16, 9, 4}, {8, "00000006\n", 1, 16, 0, 2},
       // clang-format on
   };
   sys.onlineCpusIs(1);
@@ -81,8 +81,13 @@ CATALOGUE_TEST_F(IrqAffinityMask, MaskOfEachSlot, "getIrqAffinityMask") {
         << r.cpus << " CPUs, siblings " << r.siblings << " slots " << r.min << ".." << r.max
         << " slot " << r.slot;
   }
-  machineIs(8, "zz\n", 1, 16);  // a sibling list that is no number ends the process
-  EXPECT_DEATH(getIrqAffinityMask(16), "getIrqAffinityMask\\(U32\\): Assertion `rc == 1' failed");
+  // A sibling list that is no number (no match, or the end of the text) ends
+  // the process.
+  for (const char* garbage : {"zz\n", "\n"}) {
+    machineIs(8, garbage, 1, 16);
+    EXPECT_DEATH(getIrqAffinityMask(16), "getIrqAffinityMask\\(U32\\): Assertion `rc == 1' failed")
+        << garbage;
+  }
 }
 
 TEST_F(IrqAffinityMask, UnreadableTopologyFallsBackToCpu0) {

@@ -163,7 +163,9 @@ TEST_F(TxRaw, FailuresAreTracedNotReturned) {
 // read.
 CATALOGUE_TEST_F(TxRaw, PayloadAndNameLimitsEndTheProcess, "vornDmaTxRaw") {
   send(std::string(63, 'n').c_str(), UINT_MAX, payload(183));
-  EXPECT_EQ(FakePacketSocket::written.size(), 255u);
+  const Bytes& written = FakePacketSocket::written;
+  ASSERT_EQ(written.size(), 255u);
+  EXPECT_EQ(Bytes(written.begin() + 72, written.end()), payload(183));
   EXPECT_DEATH(
       send("fap3", 1, payload(184)),
       "vornDmaTxRaw\\(Mox::String, U32, unsigned int, unsigned char\\*\\): Assertion `len < "
