@@ -41,46 +41,34 @@ CATALOGUE_TEST(CommandChannel, AnswersArePositiveErrnos, "fab_ioctl") {
   Emu::FabricDriver driver;
   driver.pciDevicePresentIs("0000:03:00.0");
   driver.answerNext("mpcmode", EPERM);
-  const struct {
-    const char* text;
-    unsigned size;
-    int want;
-  } cases[] = {
-      {"mpcmode on", kCommandSize, EPERM},  // scripted refusal
-      {"devpresent 0000:03:00.0", kCommandSize, 0},
-      {"devpresent 0000:03:00.0", kDevStatsSize, EINVAL},
-      {"nosuchkeyword 1", kCommandSize, EINVAL},
-      {"devstate fap9 up", kCommandSize, ENODEV},  // well formed, unknown device
-  };
-  for (const auto& c : cases) {
-    char buf[kListingSize] = {};
-    std::snprintf(buf, sizeof buf, "%s", c.text);
-    errno = 0;
-    EXPECT_EQ(fab_ioctl(buf, c.size), c.want) << "'" << c.text << "' " << c.size;
-    EXPECT_EQ(errno, c.want) << "'" << c.text << "' " << c.size;
-  }
+  char refused[kCommandSize] = "mpcmode on";
+  char present[kCommandSize] = "devpresent 0000:03:00.0";
+  char missized[kCommandSize] = "devpresent 0000:03:00.0";
+  errno = 0;
+  EXPECT_EQ(fab_ioctl(refused, kCommandSize), EPERM);
+  EXPECT_EQ(errno, EPERM);
+  EXPECT_EQ(fab_ioctl(present, kCommandSize), 0);
+  EXPECT_EQ(fab_ioctl(missized, kDevStatsSize), EINVAL);
+  EXPECT_EQ(errno, EINVAL);
 }
 
-// The statistics poll stays out of the ring wherever "devstats " stands (a
-// name that carries the mark keeps its command out too); a command
-// function's message carries the text its writer measured, cut at the buffer.
+// The statistics poll stays out of the ring (StatisticsPollTest checks where
+// the mark is found); a command function's message carries the text its
+// writer measured, cut at the buffer.
 TEST(CommandChannel, RingTraceSkipsThePollAndCarriesTheWholeText) {
   Emu::FabricDriver driver;
   Ringlog::ScopedMemoryFile ring;
-  char a[kDevStatsSize] = "devstats fap0";
-  char b[kCommandSize] = "xx devstats fap0";
-  fab_ioctl(a, kDevStatsSize);
-  fab_ioctl(b, kCommandSize);
+  char poll[kDevStatsSize] = "devstats fap0";
+  fab_ioctl(poll, kDevStatsSize);
   const std::string longName(300, 'e');
   vornDmaIfPortUpdate("et7", 12);
   vornDmaIfPortUpdate(longName.c_str(), 12);
-  vornDmaIfPortUpdate("xdevstats y", 12);
   const std::string cut = ("ifportupdate " + longName).substr(0, kCommandSize - 1);
   EXPECT_THAT(
       ring.messages(),
       ElementsAre("vornDmaIfPortUpdate ifname=et7 sys_port=12", "fab_ioctl buf=ifportupdate et7 12",
-                  "vornDmaIfPortUpdate ifname=" + longName + " sys_port=12", "fab_ioctl buf=" + cut,
-                  "vornDmaIfPortUpdate ifname=xdevstats y sys_port=12"));
+                  "vornDmaIfPortUpdate ifname=" + longName + " sys_port=12",
+                  "fab_ioctl buf=" + cut));
 }
 
 TEST(CommandChannelDeathTest, UnopenableDeviceEndsTheProcessThroughSyserr) {
@@ -94,9 +82,9 @@ TEST(CommandChannelDeathTest, UnopenableDeviceEndsTheProcessThroughSyserr) {
       "^fab_ioctl: open /dev/fabric: No such file or directory" VORN_ABORT_END);
 }
 
-// Without a driver both probes answer no; in simulation (even an empty
-// SIMULATION_VMID) the /proc probe answers yes, but the fabric probe still
-// looks for the device.
+// With a driver both probes answer yes; without one, in simulation (even an
+// empty SIMULATION_VMID) the /proc probe still answers yes, but the fabric
+// probe looks for the device.
 TEST(CommandChannel, ProbesAndTheSimulationSwitch) {
   {
     Emu::FabricDriver driver;
@@ -106,11 +94,6 @@ TEST(CommandChannel, ProbesAndTheSimulationSwitch) {
   }
   static const Kernel::Ops ops = noDriverOps();
   Kernel::ScopedOps scoped(&ops);
-  {
-    ScopedEnv sim("SIMULATION_VMID", std::nullopt);
-    EXPECT_FALSE(vornDmaDevFabricPresent());
-    EXPECT_FALSE(vornDmaProcVornDmaPresent());
-  }
   ScopedEnv sim("SIMULATION_VMID", "");
   EXPECT_TRUE(vornDmaProcVornDmaPresent());
   EXPECT_FALSE(vornDmaDevFabricPresent());
@@ -129,10 +112,8 @@ TEST(CommandChannel, SimulationTouchesNothing) {
   EXPECT_FALSE(up);
   fabdevstats stats;
   stats.up = 5;
-  stats.header = 77;
   EXPECT_EQ(vornDmaGetDevStats("fap0", &stats), 0);
   EXPECT_EQ(stats.up, 0u);
-  EXPECT_EQ(stats.header, 77u);
   EXPECT_EQ(vornDmaListUpDevices(), "");
   EXPECT_EQ(vornDmaListDeviceParams(), "");
   unsigned flags = 42, map[8] = {};
@@ -179,33 +160,20 @@ TEST(CommandChannel, SimulationTouchesNothing) {
   EXPECT_THAT(tc.lines(), testing::IsEmpty());
 }
 
-// perror's rules: "what: error", only the error for a null or empty text,
-// and a long text whole.
-CATALOGUE_TEST(CommandChannelDeathTest, SyserrPrintsLikePerrorAndAborts, "syserr") {
-  const std::string longest(4000, 'w');
-  const struct {
-    const char* what;
-    int error;
-    std::string text;
-  } cases[] = {
-      {"devparams", EBUSY, "devparams: Device or resource busy"},
-      {"", EIO, "Input/output error"},
-      {nullptr, ENODEV, "No such device"},
-      {longest.c_str(), EINVAL, longest + ": Invalid argument"},
-  };
-  for (const auto& c : cases)
-    EXPECT_EXIT(
-        {
-          errno = c.error;
-          syserr(c.what);
-        },
-        testing::KilledBySignal(SIGABRT), "^" + c.text + VORN_ABORT_END)
-        << c.text.substr(0, 20);
+// perror's rule for a null text: the error alone. (The other texts are the
+// refusals' death tests.)
+CATALOGUE_TEST(CommandChannelDeathTest, SyserrOfANullTextPrintsTheErrorAlone, "syserr") {
+  EXPECT_EXIT(
+      {
+        errno = ENODEV;
+        syserr(nullptr);
+      },
+      testing::KilledBySignal(SIGABRT), "^No such device" VORN_ABORT_END);
 }
 
 // Linux itself, except that "/dev/fabric" is the random device, which
 // refuses every request it does not know: the command path's own system call
-// (which leaves errno alone), not the emulator's table. Each case runs in a
+// (which leaves errno alone), not the emulator's table. The case runs in a
 // fresh child, so the descriptor is opened there.
 Kernel::Ops refusingDeviceOps() {
   Kernel::Ops ops = Kernel::linuxOps();
@@ -227,36 +195,30 @@ int randomDeviceRefusal() {
   return rc;
 }
 
+// fab_ioctl leaves the number in errno as after ioctl (the child exits if it
+// does not); a refusal that ends the process prints the refusal's text.
 TEST(CommandChannelDeathTest, RefusalsOnTheSystemCallPathKeepTheirErrorText) {
   static const Kernel::Ops ops = refusingDeviceOps();
   const int refused = randomDeviceRefusal();
   ASSERT_NE(refused, 0);
-  const std::string text = std::strerror(refused);
   EXPECT_EXIT(
       {
         Kernel::opsIs(&ops);
         char buf[kCommandSize] = "devstate fap0 up";
         errno = 0;
-        const int rc = fab_ioctl(buf, kCommandSize);
-        std::_Exit(rc == refused && errno == refused ? 0 : 1);  // errno as after ioctl
-      },
-      testing::ExitedWithCode(0), "");
-  EXPECT_EXIT(
-      {
-        Kernel::opsIs(&ops);
+        if (fab_ioctl(buf, kCommandSize) != refused || errno != refused) std::_Exit(1);
         errno = 0;
         vornDmaMpcMode(true);
       },
-      testing::KilledBySignal(SIGABRT), "^mpcmode on: " + text + VORN_ABORT_END);
+      testing::KilledBySignal(SIGABRT),
+      "^mpcmode on: " + std::string(std::strerror(refused)) + VORN_ABORT_END);
 }
 
 // Exactly "sai" is SAI mode, read once per process: each value is tried in
 // a child of its own, which also checks that a later change is not seen.
 CATALOGUE_TEST(CommandChannelDeathTest, SaiModeIsExactlySaiReadOnce, "saimode") {
   const std::pair<const char*, bool> cases[] = {
-      {nullptr, false}, {"sai", true},  {"", false},     {"sa", false},
-      {"sai ", false},  {"SAI", false}, {"saix", false}, {" sai", false},
-  };
+      {nullptr, false}, {"sai", true}, {"sa", false}, {"saix", false}, {"SAI", false}};
   for (const auto& [value, want] : cases)
     EXPECT_EXIT(
         {

@@ -9,7 +9,6 @@
 
 #include <cerrno>
 #include <climits>
-#include <csignal>
 
 #include "Ringlog/MemoryFile.h"
 #include "Vorn/BadInputCatalogue.h"
@@ -66,17 +65,12 @@ CATALOGUE_TEST_F(HostDevices, IfaddCommandVariantsAndBounds, "vornDmaIfadd") {
   EXPECT_EQ(vornDmaIfadd("cpu0", 7, 1, "eth5", true, false, kMac), 0);
   EXPECT_EQ(vornDmaIfadd("po1", 0x8005, 0, "", false, true, kMac), 0);
   EXPECT_EQ(vornDmaIfadd("po2", 0xC001, 3, "bond2", false, true, kMac), 0);
-  EXPECT_EQ(add("po3", 0x18001, true), 0);
   EXPECT_EQ(add("et3", INT_MIN), 0);
-  EXPECT_EQ(add(std::string(15, 'a')), 0);  // the longest host device name
-  EXPECT_THAT(driver.commands(), ElementsAre("ifadd cpu0 7 1 eth5 ctrl", "ifadd po1 16389 0 ",
-                                             "ifadd po2 16385 3 bond2 ", "ifadd po3 16385 0 ",
-                                             "ifadd et3 -2147483648 0 internallag",
-                                             "ifadd " + std::string(15, 'a') + " 5 0 internallag"));
+  EXPECT_THAT(driver.commands(),
+              ElementsAre("ifadd cpu0 7 1 eth5 ctrl", "ifadd po1 16389 0 ",
+                          "ifadd po2 16385 3 bond2 ", "ifadd et3 -2147483648 0 internallag"));
   EXPECT_EQ(trace.lines()[0].text, "vornDmaIfadd: command ifadd cpu0 7 1 eth5 ctrl");
-  EXPECT_EQ(tc.lines().back(), "/sbin/tc qdisc add dev aaaaaaaaaaaaaaa root handle 1: prio");
-  for (const std::string& bad : {std::string(16, 'a'), std::string(), kOverlong})
-    EXPECT_EQ(add(bad), EINVAL) << bad;
+  for (const std::string& bad : {std::string(), kOverlong}) EXPECT_EQ(add(bad), EINVAL) << bad;
   EXPECT_EQ(driver.commands().back().size(), kCommandSize - 1);
   driver.clearLog();
   EXPECT_EQ(vornDmaIfadd("et1", 5, 0, "", true, true, kMac), EINVAL);
@@ -100,7 +94,6 @@ TEST_F(HostDevices, IfaddRefusals) {
   EXPECT_EQ(tc.lines().size(), 1u);
   EXPECT_EQ(trace.lines().back().text,
             "vornDmaIfadd cmd: ifadd et2 5 0 internallag error Operation not permitted");
-  EXPECT_EQ(trace.lines().back().level, 0);
 }
 
 // Setup stops where the MAC address or the flags cannot be handled, except
@@ -149,10 +142,7 @@ CATALOGUE_TEST_F(HostDevices, MacTextsShortEmptyOrGarbage, "vornDmaIfadd") {
     Wirl::EthAddr mac;
   } cases[] = {
       {"0A:1b:FF:00:7:1", Wirl::EthAddr(0x0a, 0x1b, 0xff, 0, 7, 0)},  // "1" is at 14, not 15
-      {"02-00-00-aa-bb-cc", Wirl::EthAddr(2, 0, 0, 0xaa, 0xbb, 0xcc)},
-      {"02:00", Wirl::EthAddr(2, 0, 0, 0, 0, 0)},
       {nullptr, Wirl::EthAddr()},
-      {"zz:12:34:56:78:9a", Wirl::EthAddr(0, 0x12, 0x34, 0x56, 0x78, 0x9a)},
       // A group read past its two digits keeps its low 8 bits; the next
       // group then starts at a separator and reads 0.
       {"102:00:00:00:00:03", Wirl::EthAddr(2, 0, 0, 0, 0, 0)},
@@ -188,20 +178,18 @@ CATALOGUE_TEST_F(HostDevices, IfFlagsOfNamesAtTheRequestsEdge, "vornDmaIfFlags")
   driver.host().netdevs.at("et1").flags = 0x8001;
   EXPECT_EQ(vornDmaIfFlags("et1", &flags), 0);
   EXPECT_EQ(flags, 0xFFFF8001u);
-  for (const std::string& bad : {std::string(""), std::string("nosuch"), kOverlong}) {
-    EXPECT_EQ(vornDmaIfFlags(bad.c_str(), &flags), ENODEV) << bad;
-    EXPECT_EQ(flags, 0xFFFF8001u);
-  }
+  EXPECT_EQ(vornDmaIfFlags("nosuch", &flags), ENODEV);
+  EXPECT_EQ(flags, 0xFFFF8001u);
 }
 
-TEST_F(HostDevices, IfdelAndPortUpdate) {
+// An empty name is sent as it is; a name longer than the buffer is cut at
+// its capacity: the last word of the command, or with no room for the
+// arguments after it.
+CATALOGUE_TEST_F(HostDevices, IfdelAndPortUpdate, "vornDmaIfdel", "vornDmaIfPortUpdate") {
   ASSERT_EQ(add("et1"), 0);
   Ringlog::ScopedMemoryFile ring;
   EXPECT_EQ(vornDmaIfPortUpdate("et1", 12), 0);
-  EXPECT_EQ(driver.host().interfaces.at("et1").sysPort, 12);
   EXPECT_EQ(vornDmaIfdel("et1"), 0);
-  EXPECT_FALSE(driver.host().interfaces.count("et1"));
-  EXPECT_FALSE(driver.host().netdevs.count("et1"));
   TraceCapture trace;
   EXPECT_EQ(vornDmaIfdel("et1"), ENODEV);
   EXPECT_EQ(vornDmaIfPortUpdate("et1", 3), ENODEV);
@@ -210,52 +198,36 @@ TEST_F(HostDevices, IfdelAndPortUpdate) {
                                          "such device"));
   EXPECT_EQ(ring.messages()[0], "vornDmaIfPortUpdate ifname=et1 sys_port=12");
   EXPECT_EQ(ring.messages()[2], "vornDmaIfdel ifname=et1");
-  // Outside SAI mode a port-channel is deleted like any device.
   driver.clearLog();
-  vornDmaIfdel("PortChannel5");
-  EXPECT_THAT(driver.commands(), ElementsAre("ifdel PortChannel5"));
+  EXPECT_EQ(vornDmaIfdel(""), ENODEV);
+  EXPECT_EQ(vornDmaIfdel(kOverlong.c_str()), ENODEV);
+  EXPECT_EQ(vornDmaIfPortUpdate(kOverlong.c_str(), 1), EINVAL);
+  vornDmaIfdel("PortChannel5");  // outside SAI mode deleted like any device
+  const auto sent = driver.commands();
+  ASSERT_EQ(sent.size(), 4u);
+  EXPECT_EQ(sent[0], "ifdel ");
+  EXPECT_EQ(sent[1].size(), kCommandSize - 1);
+  EXPECT_EQ(sent[2].size(), kCommandSize - 1);
+  EXPECT_EQ(sent[3], "ifdel PortChannel5");
 }
 
-// An empty name is sent as it is; a name longer than the buffer is cut at
-// its capacity and leaves no room for the arguments after it.
-CATALOGUE_TEST_F(HostDevices, NameCommandsWithEmptyAndOverlongNames, "vornDmaIfdel",
-                 "vornDmaIfPortUpdate", "vornDmaNativeVlan", "vornDmaVlanVsiAdd",
+// A sub-interface has no native VLAN; refusals are traced and returned;
+// numbers go out at their full width.
+CATALOGUE_TEST_F(HostDevices, VlanCommands, "vornDmaNativeVlan", "vornDmaVlanVsiAdd",
                  "vornDmaVlanVsiDel", "vornDmaRoutedPortEncapVlanMapSet") {
-  using Call = int (*)(const char*);
-  const struct {
-    Call call;
-    int overlong;
-  } calls[] = {
-      {[](const char* n) { return vornDmaIfdel(n); }, ENODEV},
-      {[](const char* n) { return vornDmaIfPortUpdate(n, 1); }, EINVAL},
-      {[](const char* n) { return vornDmaNativeVlan(n, true, 10); }, EINVAL},
-      {[](const char* n) { return vornDmaVlanVsiAdd(n, 10, 20, 0, 5); }, EINVAL},
-      {[](const char* n) { return vornDmaVlanVsiDel(n, 10, 20, 0); }, EINVAL},
-      {[](const char* n) { return vornDmaRoutedPortEncapVlanMapSet(n, 10); }, EINVAL},
-  };
-  for (const auto& c : calls) {
-    driver.clearLog();
-    EXPECT_EQ(c.call(""), ENODEV);
-    EXPECT_EQ(c.call(kOverlong.c_str()), c.overlong);
-    ASSERT_EQ(driver.commands().size(), 2u);
-    EXPECT_EQ(driver.commands()[1].size(), kCommandSize - 1) << driver.commands()[1];
-  }
-}
-
-TEST_F(HostDevices, VlanCommands) {
   ASSERT_EQ(add("et1"), 0);
   driver.clearLog();
   Ringlog::ScopedMemoryFile ring;
   EXPECT_EQ(vornDmaNativeVlan("et1", true, 100), 0);
-  EXPECT_EQ(driver.host().interfaces.at("et1").nativeVlan, 100u);
-  for (const char* sub : {"et1.10", ".", ".10"})  // sub-interfaces: skipped
-    EXPECT_EQ(vornDmaNativeVlan(sub, true, 100), 0) << sub;
+  EXPECT_EQ(vornDmaNativeVlan("et1.10", true, 100), 0);
   EXPECT_EQ(vornDmaVlanVsiAdd("et1", 10, 20, 0, 4000), 0);
   EXPECT_EQ(vornDmaVlanVsiDel("et1", 10, 20, 0), 0);
   EXPECT_EQ(vornDmaNativeVlan("et1", false, 0), 0);
-  EXPECT_FALSE(driver.host().interfaces.at("et1").nativeVlan);
   EXPECT_EQ(vornDmaRoutedPortEncapVlanMapSet("et1", 200), 0);
-  EXPECT_EQ(driver.host().interfaces.at("et1").encapVlan, 200u);
+  EXPECT_THAT(driver.commands(),
+              ElementsAre("native_vlan et1 1 100", "vlan_vsi_add et1 10 20 0 4000",
+                          "vlan_vsi_del et1 10 20 0", "native_vlan et1 0 0",
+                          "encapvlan_routedport et1 200"));
   EXPECT_THAT(ring.messages(),
               testing::IsSupersetOf({"vornDmaNativeVlan ifname=et1 vlan 100",
                                      "vornDmaVlanVsiAdd ifname=et1 start_vlanid 10 end_vlanid 20 "
@@ -275,15 +247,8 @@ TEST_F(HostDevices, VlanCommands) {
                   "vornDmaRoutedPortEncapVlanMapSet et9 200",
                   "vornDmaRoutedPortEncapVlanMapSet cmd: encapvlan_routedport et9 200 error "
                   "No such device"));
-  // Numbers at their full widths.
-  EXPECT_EQ(vornDmaIfPortUpdate("et1", INT_MIN), 0);
   EXPECT_EQ(vornDmaRoutedPortEncapVlanMapSet("et1", UINT_MAX), EINVAL);  // no such VLAN
-  const auto sent = driver.commands();
-  EXPECT_THAT(std::vector<std::string>(sent.begin(), sent.begin() + 4),
-              ElementsAre("native_vlan et1 1 100", "vlan_vsi_add et1 10 20 0 4000",
-                          "vlan_vsi_del et1 10 20 0", "native_vlan et1 0 0"));
-  EXPECT_THAT(std::vector<std::string>(sent.end() - 2, sent.end()),
-              ElementsAre("ifportupdate et1 -2147483648", "encapvlan_routedport et1 4294967295"));
+  EXPECT_EQ(driver.commands().back(), "encapvlan_routedport et1 4294967295");
 }
 
 // A sub-interface's parent is the name cut at its first "." (within the 80
@@ -295,7 +260,6 @@ CATALOGUE_TEST_F(HostDevices, RoutedPortUsesTheParentAndToleratesAMissingDevice,
   TraceCapture trace;
   Ringlog::ScopedMemoryFile ring;
   EXPECT_EQ(vornDmaRoutedPortSet("et1.10", 1006), 0);
-  EXPECT_EQ(driver.host().routedPortVlans.at(1006), "et1");
   EXPECT_EQ(vornDmaRoutedPortSet("et7", 1007), 0);
   driver.answerNext("internalvlan", EPERM);
   EXPECT_EQ(vornDmaRoutedPortSet("et1", 1008), EPERM);
@@ -309,17 +273,12 @@ CATALOGUE_TEST_F(HostDevices, RoutedPortUsesTheParentAndToleratesAMissingDevice,
   EXPECT_EQ(ring.messages()[0], "vornDmaRoutedPortSet ifname=et1.10, vlanid=1006");
   const std::string dotInCopy = std::string(78, 'a') + ".5";
   const std::string dotBeyondCopy = std::string(79, 'a') + ".5";
-  for (const std::string& name : {std::string(".10"), std::string(""), dotInCopy, dotBeyondCopy})
-    EXPECT_EQ(vornDmaRoutedPortSet(name.c_str(), 5), 0) << name;
-  EXPECT_EQ(vornDmaRoutedPortSet("et1", UINT_MAX), EINVAL);  // not a VLAN the driver knows
-  const auto sent = driver.commands();
+  EXPECT_EQ(vornDmaRoutedPortSet(dotInCopy.c_str(), 5), 0);
+  EXPECT_EQ(vornDmaRoutedPortSet(dotBeyondCopy.c_str(), 5), 0);
   EXPECT_THAT(
-      std::vector<std::string>(sent.begin(), sent.begin() + 3),
-      ElementsAre("internalvlan 1006 et1", "internalvlan 1007 et7", "internalvlan 1008 et1"));
-  EXPECT_THAT(
-      std::vector<std::string>(sent.end() - 5, sent.end()),
-      ElementsAre("internalvlan 5 ", "internalvlan 5 ", "internalvlan 5 " + std::string(78, 'a'),
-                  "internalvlan 5 " + dotBeyondCopy, "internalvlan 4294967295 et1"));
+      driver.commands(),
+      ElementsAre("internalvlan 1006 et1", "internalvlan 1007 et7", "internalvlan 1008 et1",
+                  "internalvlan 5 " + std::string(78, 'a'), "internalvlan 5 " + dotBeyondCopy));
 }
 
 // The setup socket is cached per process: a failure to open it is tried in a
@@ -355,27 +314,21 @@ CATALOGUE_TEST_F(HostDevices, SaiModeCommands, "vornDmaSetIntfState") {
     CHILD_CHECK(ok, driver.commands() == std::vector<std::string>(
                                              {"ifadd et1 5 0 eth1 02:00:00:aa:bb:cc internallag",
                                               "ifadd et2 6 0 internallag"}));
-    CHILD_CHECK(ok,
-                driver.host().interfaces.at("et1").mac == Wirl::EthAddr(2, 0, 0, 0xaa, 0xbb, 0xcc));
     CHILD_CHECK(ok, isUp("PortChannel1"));
-    CHILD_CHECK(ok, tc.lines().size() == 3 &&
-                        tc.lines()[2] == "/sbin/tc qdisc add dev PortChannel1 root handle 1: prio");
     driver.clearLog();
     TraceCapture trace;
     CHILD_CHECK(ok, vornDmaIfdel("PortChannel5") == 0);
     CHILD_CHECK(ok, vornDmaSetIntfState("et1", true) == 0);
-    CHILD_CHECK(ok, driver.host().interfaces.at("et1").up == true);
     CHILD_CHECK(ok, vornDmaSetIntfState("et1", false) == 0);
     CHILD_CHECK(ok, vornDmaSetIntfState("et9", true) == ENODEV);
-    CHILD_CHECK(ok, vornDmaSetIntfState("", false) == ENODEV);
     CHILD_CHECK(ok, trace.texts() == std::vector<std::string>(
                                          {"vornDmaIfdel(): Not deleting port-channel PortChannel5 "
                                           "in host namespace"}));
     CHILD_CHECK(ok, vornDmaIfdel("PortChanne") == ENODEV);  // only the full word counts
     CHILD_CHECK(ok, vornDmaSetIntfState(Mox::String(kOverlong.c_str()), true) == EINVAL);
     const std::vector<std::string> sent = driver.commands();
-    CHILD_CHECK(ok, sent.size() == 6 && sent[1] == "ifstate et1 down" &&
-                        sent[3] == "ifstate  down" && sent[4] == "ifdel PortChanne");
+    CHILD_CHECK(ok, sent.size() == 5 && sent[0] == "ifstate et1 up" &&
+                        sent[1] == "ifstate et1 down" && sent[3] == "ifdel PortChanne");
     CHILD_CHECK(ok, sent.back().size() == kCommandSize - 1);
     driver.answerNext("ifstate", EIO);
     CHILD_CHECK(ok, vornDmaSetIntfState("et1", true) == EIO);
@@ -384,7 +337,6 @@ CATALOGUE_TEST_F(HostDevices, SaiModeCommands, "vornDmaSetIntfState") {
     return ok;
   });
   EXPECT_EQ(vornDmaSetIntfState("et1", true), 0);
-  EXPECT_EQ(vornDmaSetIntfState(Mox::String(kOverlong.c_str()), true), 0);
   EXPECT_THAT(driver.commands(), IsEmpty());
 }
 

@@ -21,7 +21,6 @@
 
 using namespace Hardware::Vorn;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using VornTest::ScopedEnv;
 using VornTest::TraceCapture;
 
@@ -40,8 +39,9 @@ Bytes frameOf(std::string_view name, U32 destId, const Bytes& data) {
   return Bytes(f.bytes.begin(), f.bytes.begin() + static_cast<long>(f.size));
 }
 
-// Name (64 bytes), type 0x0002, destination id big-endian, two zero bytes,
-// then the payload padded to 60; nothing past 183 bytes of payload.
+// Name (64 bytes, cut at 63 characters and at its first NUL), type 0x0002,
+// destination id big-endian, two zero bytes, then the payload padded to 60;
+// nothing past 183 bytes of payload.
 TEST(TxRawFrame, LayoutAndLengths) {
   Bytes f = frameOf("fap3", 0x01020304, payload(10));
   ASSERT_EQ(f.size(), 132u);
@@ -53,81 +53,62 @@ TEST(TxRawFrame, LayoutAndLengths) {
   for (const auto& [n, size] : std::initializer_list<std::pair<std::size_t, std::size_t>>{
            {0, 132}, {59, 132}, {60, 132}, {61, 133}, {183, 255}, {184, 0}})
     EXPECT_EQ(frameOf("x", 0, payload(n)).size(), size) << n;
-  f = frameOf("x", 0xFFFFFFFE, payload(183));
-  EXPECT_EQ(Bytes(f.begin() + 66, f.begin() + 70), (Bytes{0xFF, 0xFF, 0xFF, 0xFE}));
-  EXPECT_EQ(Bytes(f.begin() + 72, f.end()), payload(183));
-}
-
-TEST(TxRawFrame, NameIsCutAt63AndAtItsFirstNul) {
-  Bytes f = frameOf(std::string(70, 'n'), 0, {});
+  f = frameOf(std::string(70, 'n'), 0, {});
   EXPECT_EQ(Bytes(f.begin(), f.begin() + 63), Bytes(63, 'n'));
   EXPECT_EQ(f[63], 0);
   EXPECT_EQ(f[65], 2);
   f = frameOf(std::string_view("ab\0cd", 5), 0, {});
-  Bytes name{'a', 'b'};
-  name.resize(64);
-  EXPECT_EQ(Bytes(f.begin(), f.begin() + 64), name);
+  EXPECT_EQ(Bytes(f.begin(), f.begin() + 5), (Bytes{'a', 'b', 0, 0, 0}));
 }
 
-// A kernel table whose AF_PACKET socket records what the library does with
-// it and fails where a test says.
+// A kernel table whose AF_PACKET socket logs each call the library makes
+// ("name arguments;") and fails the one a test names, with EPERM in errno.
 struct FakePacketSocket {
   static constexpr int kFd = 4242;
-  static inline int socketErrno = 0, bindErrno = 0, writeErrno = 0;
-  static inline bool indexFails = false;
-  static inline std::vector<std::string> calls;
-  static inline sockaddr_ll bound{};
-  static inline socklen_t boundLen = 0;
+  static inline std::string failing;  // "socket", "index", "bind" or "write"
+  static inline std::string log;
   static inline Bytes written;
 
-  static void reset() {
-    socketErrno = bindErrno = writeErrno = 0;
-    indexFails = false;
-    calls.clear();
-    written.clear();
-    bound = {};
-    boundLen = 0;
+  // Logs the call; true when it is the one that fails.
+  static bool fails(const char* call, const std::string& arguments) {
+    log += std::string(call) + " " + arguments + ";";
+    errno = EPERM;
+    return failing == call;
   }
   static int socket(int domain, int type, int protocol) {
-    calls.push_back("socket " + std::to_string(domain == AF_PACKET) +
-                    std::to_string(type == SOCK_RAW) + std::to_string(protocol));
-    if (socketErrno) return errno = socketErrno, -1;
-    return kFd;
+    const bool packet = domain == AF_PACKET && type == SOCK_RAW;
+    return fails("socket", std::to_string(packet) + std::to_string(protocol)) ? -1 : kFd;
   }
   static int ioctl(int fd, unsigned long request, void* arg) {
-    if (fd != kFd || request != SIOCGIFINDEX) return errno = EINVAL, -1;
     auto* ifr = static_cast<ifreq*>(arg);
-    calls.push_back(std::string("index ") + ifr->ifr_name);
-    if (indexFails) return errno = ENODEV, -1;
+    if (fails("index", ifr->ifr_name) || fd != kFd || request != SIOCGIFINDEX) return -1;
     ifr->ifr_ifindex = 7;
     return 0;
   }
   static int bind(int fd, const sockaddr* addr, socklen_t len) {
-    calls.push_back("bind");
-    if (fd != kFd) return errno = EBADF, -1;
-    std::memcpy(&bound, addr, sizeof bound);
-    boundLen = len;
-    if (bindErrno) return errno = bindErrno, -1;
-    return 0;
+    sockaddr_ll ll;
+    std::memcpy(&ll, addr, sizeof ll);
+    const bool packet = fd == kFd && ll.sll_family == AF_PACKET && ll.sll_protocol == 0;
+    return fails("bind", std::to_string(packet) + " " + std::to_string(ll.sll_ifindex) + " " +
+                             std::to_string(len))
+               ? -1
+               : 0;
   }
   static ssize_t write(int fd, const void* buf, std::size_t n) {
-    calls.push_back("write");
-    if (fd != kFd) return errno = EBADF, -1;
-    if (writeErrno) return errno = writeErrno, -1;
+    if (fails("write", std::to_string(fd))) return -1;
     written.assign(static_cast<const unsigned char*>(buf),
                    static_cast<const unsigned char*>(buf) + n);
     return static_cast<ssize_t>(n);
   }
-  static int close(int fd) {
-    calls.push_back("close " + std::to_string(fd));
-    return 0;
-  }
+  static int close(int fd) { return fails("close", std::to_string(fd)) ? -1 : 0; }
 };
 
 class TxRaw : public testing::Test {
  protected:
   TxRaw() {
-    FakePacketSocket::reset();
+    FakePacketSocket::failing.clear();
+    FakePacketSocket::log.clear();
+    FakePacketSocket::written.clear();
     ops.socket = FakePacketSocket::socket;
     ops.ioctl = FakePacketSocket::ioctl;
     ops.bind = FakePacketSocket::bind;
@@ -145,55 +126,46 @@ class TxRaw : public testing::Test {
 TEST_F(TxRaw, BindsToTheTxrawDeviceAndWritesOneFrame) {
   Ringlog::ScopedMemoryFile ring;
   send("fap3", 0x01020304, payload(10));
-  EXPECT_THAT(FakePacketSocket::calls,
-              ElementsAre("socket 110", "index txraw", "bind", "write", "close 4242"));
-  EXPECT_EQ(FakePacketSocket::bound.sll_family, AF_PACKET);
-  EXPECT_EQ(FakePacketSocket::bound.sll_protocol, 0);
-  EXPECT_EQ(FakePacketSocket::bound.sll_ifindex, 7);
-  EXPECT_EQ(FakePacketSocket::boundLen, 20u);
+  EXPECT_EQ(FakePacketSocket::log, "socket 10;index txraw;bind 1 7 20;write 4242;close 4242;");
   EXPECT_EQ(FakePacketSocket::written, frameOf("fap3", 0x01020304, payload(10)));
   EXPECT_THAT(ring.messages(), ElementsAre("vornDmaTxRaw name=fap3, destId=16909060, len=10"));
 }
 
+// Failures are traced, not returned, and the socket is closed; without a
+// "txraw" device the socket is bound to no device. The later calls' traces
+// name their return value (-1), not errno.
 TEST_F(TxRaw, FailuresAreTracedNotReturned) {
-  TraceCapture trace;
-  FakePacketSocket::socketErrno = EPERM;
-  send("fap3", 1, payload(1));
-  EXPECT_THAT(FakePacketSocket::calls, ElementsAre("socket 110"));
-
-  // No "txraw" device: traced, and the socket is bound to no device.
-  FakePacketSocket::reset();
-  FakePacketSocket::indexFails = true;
-  send("fap3", 1, payload(1));
-  EXPECT_EQ(FakePacketSocket::bound.sll_ifindex, 0);
-  EXPECT_THAT(FakePacketSocket::calls.back(), "close 4242");
-
-  FakePacketSocket::reset();
-  FakePacketSocket::bindErrno = ENODEV;
-  send("fap3", 1, payload(1));
-  EXPECT_THAT(FakePacketSocket::calls,
-              ElementsAre("socket 110", "index txraw", "bind", "close 4242"));
-
-  FakePacketSocket::reset();
-  FakePacketSocket::writeErrno = ENXIO;
-  send("fap3", 1, payload(1));
-  EXPECT_THAT(FakePacketSocket::calls.back(), "close 4242");
-
-  // The call's return value (-1) names the error, not errno.
-  EXPECT_THAT(trace.texts(), ElementsAre("vornDmaTxRaw socket Operation not permitted",
-                                         "vornDmaTxRaw SIOCGIFINDEX error Unknown error -1",
-                                         "vornDmaTxRaw bind returned Unknown error -1",
-                                         "vornDmaTxRaw write returned Unknown error -1"));
+  const struct {
+    const char* failing;
+    const char* log;
+    const char* trace;
+  } cases[] = {
+      {"socket", "socket 10;", "vornDmaTxRaw socket Operation not permitted"},
+      {"index", "socket 10;index txraw;bind 1 0 20;write 4242;close 4242;",
+       "vornDmaTxRaw SIOCGIFINDEX error Unknown error -1"},
+      {"bind", "socket 10;index txraw;bind 1 7 20;close 4242;",
+       "vornDmaTxRaw bind returned Unknown error -1"},
+      {"write", "socket 10;index txraw;bind 1 7 20;write 4242;close 4242;",
+       "vornDmaTxRaw write returned Unknown error -1"},
+  };
+  for (const auto& c : cases) {
+    FakePacketSocket::failing = c.failing;
+    FakePacketSocket::log.clear();
+    TraceCapture trace;
+    send("fap3", 1, payload(1));
+    EXPECT_EQ(FakePacketSocket::log, c.log) << c.failing;
+    EXPECT_THAT(trace.texts(), ElementsAre(c.trace)) << c.failing;
+  }
 }
 
 // The payload is at most 183 bytes and the name at most 63 characters; one
 // more of either ends the process on its assertion, before the payload is
 // read.
 CATALOGUE_TEST_F(TxRaw, PayloadAndNameLimitsEndTheProcess, "vornDmaTxRaw") {
-  send("", 0, {});
-  EXPECT_EQ(FakePacketSocket::written.size(), 132u);
   send(std::string(63, 'n').c_str(), UINT_MAX, payload(183));
-  EXPECT_EQ(FakePacketSocket::written, frameOf(std::string(63, 'n'), UINT_MAX, payload(183)));
+  const Bytes& written = FakePacketSocket::written;
+  ASSERT_EQ(written.size(), 255u);
+  EXPECT_EQ(Bytes(written.begin() + 72, written.end()), payload(183));
   EXPECT_DEATH(
       send("fap3", 1, payload(184)),
       "vornDmaTxRaw\\(Mox::String, U32, unsigned int, unsigned char\\*\\): Assertion `len < "
