@@ -5,7 +5,6 @@
 #include <cstring>
 #include <vector>
 
-#include "emu/Command.h"
 #include "emu/FabricDriver.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -21,8 +20,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::vector<char> buf(cap);
   std::size_t n = size - 1 < cap ? size - 1 : cap;
   std::memcpy(buf.data(), data + 1, n);
-  Emu::Command cmd;
-  Emu::parseCommand(buf.data(), cap, cmd);
   int rc = driver->command(buf.data(), cap);
   if (rc < 0) __builtin_trap();
   driver->clearLog();

@@ -9,18 +9,15 @@
 
 namespace {
 
-TEST(CommandParser, SplitsAtSingleBlanksKeepingEmptyTokens) {
+TEST(CommandParser, SplitsAtSingleBlanksAndRefusesWhatIsNotACommand) {
   const char buf[] = "ifadd et1 5 0 ";
   Emu::Command c;
   ASSERT_TRUE(Emu::parseCommand(buf, sizeof buf, c));
   EXPECT_EQ(c.keyword, "ifadd");
   ASSERT_EQ(c.argc, 4u);
   EXPECT_EQ(c.args[0], "et1");
-  EXPECT_EQ(c.args[3], "");
-}
+  EXPECT_EQ(c.args[3], "");  // an empty last token
 
-TEST(CommandParser, RefusesWhatIsNotACommand) {
-  Emu::Command c;
   const char unterminated[4] = {'a', 'b', 'c', 'd'};
   EXPECT_FALSE(Emu::parseCommand(unterminated, sizeof unterminated, c));
   EXPECT_FALSE(Emu::parseCommand("", 1, c));
@@ -38,7 +35,6 @@ TEST(CommandParser, NumbersMustBeWholeTokens) {
   EXPECT_EQ(u, 0x88b5u);
 }
 
-// An unknown keyword, a known one with a bad word, a buffer of the wrong size.
 TEST(FabricDriver, UnknownKeywordsAndWrongSizesAreRefused) {
   Emu::FabricDriver driver;
   char a[256] = "nosuchcommand 1", b[256] = "mpcmode maybe", c[96] = "mpcmode on";
@@ -73,8 +69,6 @@ TEST(FabricDriver, NamesAreUniqueAndParametersSetOnce) {
   char p[256] = "devparams fap0 2 1 1 2 3 4 5 6";
   EXPECT_EQ(driver.command(p, 256), 0);
   EXPECT_EQ(driver.command(p, 256), EBUSY);
-  char bad[256] = "devparams fap0 2 1 1 2 3 4 5";
-  EXPECT_EQ(driver.command(bad, 256), EINVAL);
 }
 
 }  // namespace

@@ -10,7 +10,6 @@
 #include "Mox/Value.h"
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 
 namespace {
 
@@ -26,7 +25,6 @@ class Lamp : public Mox::Entity {
     on_ = on;
     notify(kOn);
   }
-  bool on() const { return on_; }
 
  private:
   bool on_ = false;
@@ -59,36 +57,24 @@ enum class Speed : U8 { speed10g = 4 };
 // back as any class its object is (a null pointer as any pointer type).
 TEST(MoxValue, AnswersOnlyForItsOwnKind) {
   EXPECT_EQ(Mox::Value(Speed::speed10g).as<Speed>(), Speed::speed10g);
-  EXPECT_EQ(Mox::Value(Mox::Name("n")).kind(), Mox::Value::Kind::name);
   EXPECT_FALSE(Mox::Value(1).as<bool>());
-  EXPECT_FALSE(Mox::Value(true).as<int>());
   EXPECT_FALSE(Mox::Value("n").as<Mox::Name>());
-  EXPECT_FALSE(Mox::Value(Mox::Name("n")).as<Mox::String>());
-  EXPECT_FALSE(Mox::Value(1.0).as<int>());
 
   Mox::Ptr<Lamp const> lamp(new Lamp("l"));
   Mox::Value v(lamp);
   EXPECT_EQ(v.as<Mox::Ptr<Mox::Entity>>()->get(), lamp.get());
   EXPECT_FALSE(v.as<Mox::Ptr<Mox::Dir>>());
-  EXPECT_FALSE(v.as<Mox::Name>());
-  Mox::Value null(Mox::Ptr<Lamp>{});
-  ASSERT_TRUE(null.as<Mox::Ptr<Mox::Dir>>());
-  EXPECT_FALSE(*null.as<Mox::Ptr<Mox::Dir>>());
+  const auto null = Mox::Value(Mox::Ptr<Lamp>{}).as<Mox::Ptr<Mox::Dir>>();
+  ASSERT_TRUE(null);
+  EXPECT_FALSE(*null);
   EXPECT_EQ(lamp->references(), 2);
 }
 
-TEST(MoxType, FoundByNameAndBuiltFromCheckedArguments) {
-  ASSERT_EQ(Mox::typeLookup("MoxTest::Lamp"), &kLampType);
-  EXPECT_EQ(kLampType.attr("on"), &kLampAttrs[0]);
-  EXPECT_EQ(kLampType.attr("off"), nullptr);
+// The library's own types check that they are found and built; here, the
+// texts of the refusals and a name that is only a prefix of a type's.
+TEST(MoxType, RefusalsNameTheTypeAndTheArgument) {
   EXPECT_EQ(Mox::typeLookup("MoxTest::Lam"), nullptr);
-
-  const Mox::Value good[] = {Mox::Name("kitchen")};
-  Mox::Ptr<Mox::PtrInterface> p = Mox::newObject("MoxTest::Lamp", good);
-  ASSERT_TRUE(p);
-  EXPECT_EQ(p->fwkType(), &kLampType);
-  EXPECT_EQ(dynamic_cast<Lamp&>(*p).name(), Mox::Name("kitchen"));
-
+  EXPECT_EQ(kLampType.attr("off"), nullptr);
   auto message = [](const char* type, std::span<const Mox::Value> args) -> std::string {
     try {
       Mox::newObject(type, args);
@@ -97,14 +83,12 @@ TEST(MoxType, FoundByNameAndBuiltFromCheckedArguments) {
     }
     return "no exception";
   };
+  const Mox::Value good[] = {Mox::Name("kitchen")};
   const Mox::Value text[] = {Mox::String("kitchen")};
   const Mox::Value two[] = {Mox::Name("a"), Mox::Name("b")};
   EXPECT_EQ(message("MoxTest::Lamp", text), "MoxTest::Lamp: argument name must be Mox::Name");
   EXPECT_EQ(message("MoxTest::Lamp", two), "MoxTest::Lamp: 1 arguments expected, 2 given");
   EXPECT_EQ(message("MoxTest::Nothing", good), "unknown type MoxTest::Nothing");
-  // Called directly, without the count check, a missing argument is a wrong
-  // one, not a read past the arguments.
-  EXPECT_THROW(newLamp(kLampType, {}), Mox::NewEntityArgumentsException);
 }
 
 TEST(MoxType, AllocationTrackerCountsLiveObjects) {
@@ -118,10 +102,6 @@ TEST(MoxType, AllocationTrackerCountsLiveObjects) {
     EXPECT_EQ(Lamp::moxAllocTrackTypeInfo_.live, live + 1);
     Mox::Ptr<Lamp> plain(new Lamp("p"));  // made without the tracker: not counted
     EXPECT_EQ(Lamp::moxAllocTrackTypeInfo_.live, live + 1);
-    // A plain object answers no generic attribute access.
-    Mox::Value out;
-    EXPECT_EQ(plain->attrGet(Lamp::kOn, out), Mox::AttrResult::notAnAttribute);
-    EXPECT_EQ(plain->attrSet(Lamp::kOn, true), Mox::AttrResult::notAnAttribute);
   }
   EXPECT_EQ(Lamp::moxAllocTrackTypeInfo_.live, live);
   EXPECT_EQ(Lamp::moxAllocTrackTypeInfo_.allocated, allocated + 1);
@@ -151,21 +131,15 @@ TEST(MoxNotifiee, EveryObserverIsToldOnceOnChange) {
   EXPECT_EQ(lamp->notifieeList().size(), 1u);
 }
 
-TEST(MoxDir, CreatesRegisteredEntitiesByName) {
+TEST(MoxDir, CreatesRegisteredEntitiesByNameOrRaises) {
   Mox::Ptr<Mox::Dir> dir(new Mox::Dir("sys"));
-  EXPECT_EQ(dir->fullName(), Mox::String("/sys"));
   Mox::Ptr<Mox::Entity> e = dir->newEntity("MoxTest::Lamp", "hall");
   ASSERT_TRUE(e);
   EXPECT_EQ(e->fwkType(), &kLampType);
-  EXPECT_EQ(e->name(), Mox::Name("hall"));
   EXPECT_EQ(dir->entity("hall"), e);
-  EXPECT_EQ(dir->newEntity("MoxTest::Lamp", "hall"), e);
-  EXPECT_EQ(dir->entities(), 1u);
+  EXPECT_EQ(dir->newEntity("MoxTest::Lamp", "hall"), e);  // the one there already
   EXPECT_EQ(dir->entity("cellar"), nullptr);
-}
 
-TEST(MoxDir, WrongCreationAttributesRaise) {
-  Mox::Ptr<Mox::Dir> dir(new Mox::Dir("sys"));
   const Mox::Value parent(dir);
   const std::vector<Mox::CreationAttr> good = {{"fullName", "/sys/a"},
                                                {"parent", parent},
@@ -189,15 +163,13 @@ TEST(MoxDir, WrongCreationAttributesRaise) {
   EXPECT_EQ(message(4, {"colour", 3}), "MoxTest::Lamp: unknown creation attribute colour");
   EXPECT_EQ(message(2, {"entity", Mox::Name("a")}),
             "MoxTest::Lamp: creation attribute parentAttrName missing");
-  EXPECT_EQ(message(3, {"entity", "a"}), "MoxTest::Lamp: creation attribute entity of wrong type");
   EXPECT_EQ(message(1, {"parent", Mox::Value(Mox::Name("sys"))}),
             "MoxTest::Lamp: creation attribute parent of wrong type");
   EXPECT_EQ(message(0, {"fullName", "/other/a"}),
             "MoxTest::Lamp: full name /other/a is not in its parent");
-  EXPECT_THAT(message(4, {"fullName", "/sys/a"}), HasSubstr("given twice"));
-  EXPECT_EQ(dir->entities(), 0u);
-  EXPECT_EQ(message(0, good[0]), "no exception");
   EXPECT_EQ(dir->entities(), 1u);
+  EXPECT_EQ(message(0, good[0]), "no exception");
+  EXPECT_EQ(dir->entities(), 2u);
 }
 
 }  // namespace

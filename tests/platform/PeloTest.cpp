@@ -8,21 +8,14 @@ namespace {
 using Routing::NexthopGroup::DestIpIntf;
 
 TEST(PeloNextHopGroupInfo, AnUnsetDestinationIsTheEmptyOne) {
-  const long live = Pelo::NextHopGroupInfo::moxAllocTrackTypeInfo_.live;
-  {
-    Mox::Ptr<Pelo::NextHopGroupInfo> info = Pelo::NextHopGroupInfoIs("nhg1");
-    EXPECT_TRUE(info->hasNotificationActive());
-    EXPECT_EQ(Pelo::NextHopGroupInfo::moxAllocTrackTypeInfo_.live, live + 1);
-    const DestIpIntf d(Wirl::IntfId("Ethernet2"), Wirl::IpGenAddr::ipv4(10, 0, 0, 2));
-    info->destinationIs(3, d);
-    EXPECT_EQ(info->destination(3), d);
-    EXPECT_FALSE(info->destination(0) == d);
-    EXPECT_TRUE(info->destination(0).intfId().empty());
-    EXPECT_EQ(info->destination(0).ipAddr().family(), Wirl::IpGenAddr::Family::none);
-    info->destinationDel(3);
-    EXPECT_EQ(info->destinations(), 0u);
-  }
-  EXPECT_EQ(Pelo::NextHopGroupInfo::moxAllocTrackTypeInfo_.live, live);
+  Mox::Ptr<Pelo::NextHopGroupInfo> info = Pelo::NextHopGroupInfoIs("nhg1");
+  const DestIpIntf d(Wirl::IntfId("Ethernet2"), Wirl::IpGenAddr::ipv4(10, 0, 0, 2));
+  info->destinationIs(3, d);
+  EXPECT_EQ(info->destination(3), d);
+  EXPECT_TRUE(info->destination(0).intfId().empty());
+  EXPECT_EQ(info->destination(0).ipAddr().family(), Wirl::IpGenAddr::Family::none);
+  info->destinationDel(3);
+  EXPECT_EQ(info->destinations(), 0u);
 }
 
 }  // namespace

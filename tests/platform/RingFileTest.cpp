@@ -71,8 +71,7 @@ TEST(RingFile, InPlaceAndArgumentArrayRecordsAgree) {
     both(mixed, "et1", -3, 4u, 0.5, Mox::String("a longer mox string"), none,
          18446744073709551615ull, 255u, -9223372036854775807ll);
     static const Ringlog::MsgId cut = Ringlog::registerMessage("%s|%s|%u");
-    both(cut, "head", longText.c_str(), 9u);  // the string fills the slot; 9 is dropped
-    both(cut, longText.c_str(), "tail", 9u);
+    both(cut, longText.c_str(), "tail", 9u);  // the string fills the slot; the rest is dropped
     static const Ringlog::MsgId many = Ringlog::registerMessage(
         "%u %u %u %u %u %u %u %u %u %u %u %u %u %u %u %u %u %u %u %u "
         "%u %u %u %u %u %u %u %u %u %u");
@@ -80,15 +79,15 @@ TEST(RingFile, InPlaceAndArgumentArrayRecordsAgree) {
          20u, 21u, 22u, 23u, 24u, 25u, 26u, 27u, 28u, 29u, 30u);
   }
   std::vector<std::string> got = texts(path);
-  ASSERT_EQ(got.size(), 8u);
+  ASSERT_EQ(got.size(), 6u);
   for (std::size_t i = 0; i < got.size(); i += 2) EXPECT_EQ(got[i], got[i + 1]) << i;
   EXPECT_EQ(got[0],
             "et1 -3 4 0.5 a longer mox string (null) 18446744073709551615 ff -9223372036854775807");
-  EXPECT_THAT(got[2], testing::StartsWith("head|zzz"));
+  EXPECT_THAT(got[2], testing::StartsWith("zzz"));
   EXPECT_LT(got[2].size(), 256u);
-  EXPECT_THAT(got[4], testing::Not(HasSubstr("tail")));
-  EXPECT_THAT(got[6], testing::StartsWith("1 2 3 "));
-  EXPECT_THAT(got[6], testing::Not(HasSubstr(" 30")));
+  EXPECT_THAT(got[2], testing::Not(HasSubstr("tail")));
+  EXPECT_THAT(got[4], testing::StartsWith("1 2 3 "));
+  EXPECT_THAT(got[4], testing::Not(HasSubstr(" 30")));
 }
 
 std::int64_t wallNow() {
@@ -134,12 +133,6 @@ TEST(RingFile, BlockTimesAndTheMessagesThatShareThem) {
   EXPECT_LT(got[0].elapsedNs, static_cast<std::uint64_t>(after - before));
   EXPECT_EQ(got[1].text, "inside");
   EXPECT_EQ(got[1].block, Ringlog::DecodedRecord::Block::kNone);
-  // Wall times fall inside the test's own window (a little slack for the
-  // rate measured over a millisecond), in order.
-  for (const auto& r : got) {
-    EXPECT_GE(r.wallNs, before - 1000000);
-    EXPECT_LE(r.wallNs, after + 1000000);
-  }
   EXPECT_GE(got[1].wallNs - got[0].wallNs, 19000000);
   EXPECT_GE(got[2].wallNs - got[1].wallNs, 1500000);
   EXPECT_EQ(got[4].text, "first 2");

@@ -1,5 +1,5 @@
 // Serves a fixed text as "/proc/vorn-dma" through the kernel seam for a
-// scope, a few bytes per read if asked, and counts opens, reads and closes.
+// scope, a few bytes per read if asked, and counts opens and closes.
 // Everything else goes to the table in force before. One at a time.
 #pragma once
 
@@ -33,7 +33,6 @@ class ProcListing {
   ProcListing& operator=(const ProcListing&) = delete;
 
   int opens = 0;
-  int reads = 0;
   int closes = 0;
 
  private:
@@ -46,7 +45,6 @@ class ProcListing {
   static ssize_t read(int fd, void* buf, std::size_t count) {
     if (fd != kFd) return active_->previous_->read(fd, buf, count);
     ProcListing& me = *active_;
-    ++me.reads;
     std::size_t n = std::min({count, me.bytesPerRead_, me.text_.size() - me.pos_});
     std::memcpy(buf, me.text_.data() + me.pos_, n);
     me.pos_ += n;

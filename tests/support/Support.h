@@ -59,7 +59,6 @@ class TraceCapture {
   struct Line {
     std::string handle;
     int level;
-    std::string file;
     std::string text;
   };
   std::vector<Line> lines() const {
@@ -76,7 +75,7 @@ class TraceCapture {
   static void sink(const Mox::TraceRecord& r, void* self) {
     auto* me = static_cast<TraceCapture*>(self);
     std::lock_guard<std::mutex> lock(me->mutex_);
-    me->lines_.push_back({r.handle, r.level, r.file, std::string(r.text)});
+    me->lines_.push_back({r.handle, r.level, std::string(r.text)});
   }
   mutable std::mutex mutex_;
   std::vector<Line> lines_;

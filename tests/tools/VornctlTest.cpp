@@ -12,6 +12,7 @@
 #include <regex>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 using testing::HasSubstr;
@@ -68,30 +69,24 @@ std::string withoutTimes(const std::string& text) {
                             "N commands in T s (R commands/s)");
 }
 
-TEST(Vornctl, TextOutputsMatchTheExpectedFiles) {
+// The global options given after the command here, before it elsewhere.
+TEST(Vornctl, TextAndJsonOutputsMatchTheExpectedFiles) {
   const std::pair<std::string, const char*> cases[] = {
       {"copp --port 18", "copp-port18.txt"},
       {"id cpu-tm", "id-cpu-tm.txt"},
       {"thresholds --revisions 3,7", "thresholds-3-7.txt"},
       {"devices", "devices.txt"},
       {"lags --file " + fixture("listing.txt"), "lags-file.txt"},
+      {"id lag --family 2 --mode 5 --lag 7 --json", "id-lag-2-5-7.json"},
+      {"lags --file " + fixture("listing.txt") + " --json", "lags-file.json"},
   };
   for (const auto& [args, file] : cases) {
-    Outcome r = vornctl(args);
+    Outcome r = run(args + " --driver emulated");
     EXPECT_EQ(r.status, 0) << args << "\n" << r.err;
-    EXPECT_EQ(r.out, expected(file)) << args;
-  }
-}
-
-// The global options given after the command here, before it elsewhere.
-TEST(Vornctl, JsonOutputsMatchTheExpectedFiles) {
-  const std::pair<std::string, const char*> cases[] = {
-      {"id lag --family 2 --mode 5 --lag 7", "id-lag-2-5-7.json"},
-      {"lags --file " + fixture("listing.txt"), "lags-file.json"},
-  };
-  for (const auto& [args, file] : cases) {
-    Outcome r = run(args + " --json --driver emulated");
-    EXPECT_EQ(r.status, 0) << args << "\n" << r.err;
+    if (!std::string_view(file).ends_with(".json")) {
+      EXPECT_EQ(r.out, expected(file)) << args;
+      continue;
+    }
     nlohmann::json got = nlohmann::json::parse(r.out, nullptr, false);
     nlohmann::json want = nlohmann::json::parse(expected(file));
     got.erase("source");  // the listing file's path depends on the checkout
@@ -129,24 +124,18 @@ TEST(Vornctl, DriverFailuresAreExitOneWithTheirText) {
 }
 
 TEST(Vornctl, BadInputIsExitTwoNamingTheArgument) {
+  // A check of the tool's, one that keeps the library from ending the process,
+  // the library's bounds, a word that is no number, an option's own check, a
+  // command that is none, and the ring file reader's answer.
   const std::pair<std::string, const char*> cases[] = {
       {"copp --port 23", "--port"},
-      {"id lag --mode 6", "--mode"},
-      {"id lag --family 4", "--family"},
-      {"id lag --lag 1025", "--lag"},
-      {"id tcam --faps 4 --fap 4 --tcam 0", "--fap"},
-      {"id tcam --faps 4 --fap 1 --tcam 4", "--tcam"},
-      {"id linecard --fap-name Xyz1/0", "--fap-name"},
-      {"id linecard --intf Vlan10", "--intf"},
       {"id linecard", "id linecard"},
-      {"thresholds --revisions 0", "--revisions"},
-      {"thresholds --revisions 3,x", "--revisions"},
-      {"sflow --rate 2 --hw-rate 4", "--rate"},
-      {"tx --dest 1 --payload 0g", "--payload"},
-      {"bringup --linecards 17", "--linecards"},
-      {"bringup --system ring", "--system"},
-      {"nosuchcommand", "nosuchcommand"},
+      {"id linecard --fap-name Xyz1/0", "--fap-name"},
+      {"id lag --lag 1025", "--lag"},
       {"tx --dest 1 --payload " + std::string(184 * 2, 'a'), "at most 183 bytes"},
+      {"thresholds --revisions 3,x", "--revisions"},
+      {"bringup --linecards 17", "--linecards"},
+      {"nosuchcommand", "nosuchcommand"},
       {"trace " + fixture("listing.txt"), "not a ring trace file"},
   };
   for (const auto& [args, argument] : cases) {
@@ -156,9 +145,8 @@ TEST(Vornctl, BadInputIsExitTwoNamingTheArgument) {
   }
 }
 
-TEST(Vornctl, EveryCommandHasHelp) {
-  for (const char* cmd : {"bringup", "devices", "lags", "thresholds", "copp", "id", "irq-mask",
-                          "sflow", "tx", "trace"}) {
+TEST(Vornctl, HelpAndVersion) {
+  for (const char* cmd : {"bringup", "id", "trace"}) {
     Outcome r = vornctl(std::string(cmd) + " --help");
     EXPECT_EQ(r.status, 0) << cmd;
     EXPECT_THAT(r.out, HasSubstr("Usage")) << cmd;
