@@ -73,11 +73,12 @@ TEST_F(ListLags, IdsOutOfRangeThrowAndCloseTheFile) {
   EXPECT_EQ(file.closes, 1);
 }
 
-// A line inside a section that is neither kind and a config line before its
-// LAG end the process.
+// A line inside a section that is neither kind (also as the unterminated last
+// line) and a config line before its LAG end the process.
 CATALOGUE_TEST_F(ListLags, MalformedListingsEndTheProcess, "vornDmaListLags") {
   const std::pair<std::string, const char*> cases[] = {
       {"lags:\npo3 5\nlags: \n", "matches == 3"},
+      {"lags:\npo3 5\nlags: ", "matches == 3"},  // the last line, without its newline
       {"lagconfigmap:\net7 sys_port 40: po3\n\nlags:\npo3 5\n", "!!lagDevice"},
   };
   for (const auto& [text, condition] : cases)
