@@ -95,6 +95,18 @@ TEST(Vornctl, TextAndJsonOutputsMatchTheExpectedFiles) {
   }
 }
 
+// A system whose revisions all use profile 1: profile 0 is still published,
+// from minimums over no revision, and the output says its figures are no chip's.
+TEST(Vornctl, ThresholdsMarkAProfileNoRevisionUses) {
+  Outcome text = vornctl("thresholds --revisions 7");
+  EXPECT_THAT(text.out, HasSubstr("threshold profile 0 (no revision uses it: its figures are "
+                                  "not a chip's)\n"));
+  EXPECT_THAT(text.out, HasSubstr("threshold profile 1 (revisions 7)\n"));
+  nlohmann::json doc = nlohmann::json::parse(vornctl("--json thresholds --revisions 7,3").out);
+  EXPECT_EQ(doc["profiles"]["0"]["usedByRevisions"], nlohmann::json::array({3}));
+  EXPECT_EQ(doc["profiles"]["1"]["usedByRevisions"], nlohmann::json::array({7}));
+}
+
 TEST(Vornctl, BringupBuildsAndChecksTheLagTable) {
   Outcome r = vornctl("bringup --system chassis --linecards 2");
   EXPECT_EQ(r.status, 0) << r.err;
