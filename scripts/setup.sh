@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   cmake ninja-build g++ g++-multilib clang clang-format clang-tidy
   libgtest-dev libgmock-dev googletest libbenchmark-dev
-  libcli11-dev nlohmann-json3-dev
+  libcli11-dev nlohmann-json3-dev libasio-dev
   iproute2 gcovr valgrind libclang-rt-14-dev pkg-config
   doxygen help2man dpkg-dev fakeroot lintian man-db
 )
