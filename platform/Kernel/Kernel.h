@@ -1,7 +1,10 @@
 // The library's one way to the kernel.
 //
 // Every system call the library makes goes through the table of operations
-// below. By default it is Linux itself; the driver emulator and the tests
+// below. By default it is Linux itself, or, when the environment names a
+// fabric daemon at the seam's first use (VORN_FABRIC=PATH), a table that
+// sends the driver's requests to that daemon (see RemoteFabric.h) and the rest
+// to Linux. The driver emulator and the tests
 // install their own table (for example to answer "/dev/fabric" ioctls, or to
 // point "/sys" and "/proc" paths at a directory they built). A call costs one
 // indirect jump and allocates nothing; while the table in force keeps Linux's
@@ -16,6 +19,7 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
 
@@ -39,9 +43,18 @@ struct Ops {
 
 // The operations that call Linux.
 const Ops& linuxOps() noexcept;
+// The process's default operations: Linux's, or the fabric daemon's when
+// VORN_FABRIC named one at the first use of the seam. Decided once.
+const Ops& defaultOps() noexcept;
+// The path of the fabric daemon the default operations reach, or null when
+// they are Linux's.
+const char* fabricPath() noexcept;
 
 namespace detail {
-extern const Ops* activeOps;
+// Until its first use the seam holds a table whose every operation settles
+// the default table, installs it and forwards to it; after that, an acquire
+// load of a pointer (a plain load on x86).
+extern std::atomic<const Ops*> activeOps;
 // The ioctl and getenv of the Linux table.
 int linuxIoctl(int fd, unsigned long request, void* arg);
 const char* linuxGetenv(const char* name);
@@ -86,9 +99,9 @@ const char* linuxGetenv(const char* name);
 
 // The operations in force.
 inline const Ops& ops() noexcept {
-  return *detail::activeOps;
+  return *detail::activeOps.load(std::memory_order_acquire);
 }
-// Installs `ops` (null: Linux again) and returns the table it replaces. The
+// Installs `ops` (null: the default table again) and returns the table it replaces. The
 // table must outlive its use; install it before the calls it should see.
 const Ops* opsIs(const Ops* ops) noexcept;
 

@@ -19,5 +19,6 @@ void addId(CLI::App& app, Action& action);
 void addLags(CLI::App& app, Action& action);
 void addThresholds(CLI::App& app, Action& action);
 void addDriverServices(CLI::App& app, Action& action);
+void addFault(CLI::App& app, Action& action);
 
 }  // namespace vornctl

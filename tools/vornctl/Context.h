@@ -30,7 +30,13 @@ struct Refusal : std::runtime_error {
   int error;
 };
 
-enum class DriverChoice { kAuto, kKernel, kEmulated };
+enum class DriverChoice { kAuto, kKernel, kEmulated, kRemote };
+
+// The --driver value as a choice. For remote (and for auto when VORN_FABRIC
+// is set) it also sets VORN_FABRIC to the daemon's path, so that the kernel
+// seam sends the driver's requests there from its first use on: call it
+// before anything reaches the library.
+DriverChoice driverChoiceOf(const std::string& value);
 
 class Context {
  public:
@@ -40,13 +46,17 @@ class Context {
   // (tests and demonstrations: "lagmember_add=0:1" loses one member).
   void emulatorScriptIs(std::vector<std::string> script) { script_ = std::move(script); }
 
-  // Chooses the driver at the first call: the kernel's when "/dev/fabric" is
-  // there (auto), or the embedded emulator. Says which on standard error.
+  // Chooses the driver at the first call: the fabric daemon (remote), the
+  // kernel's when "/dev/fabric" is there (auto), or the embedded emulator.
+  // Says which on standard error.
   void useDriver();
 
   bool json() const { return json_; }
   bool emulated() const { return emulator_ != nullptr; }
-  const char* driverName() const { return emulated() ? "emulated" : "kernel"; }
+  bool remote() const { return choice_ == DriverChoice::kRemote; }
+  const char* driverName() const {
+    return emulated() ? "emulated" : remote() ? "remote" : "kernel";
+  }
   // The emulator, when it is the driver in use (null otherwise).
   Emu::FabricDriver* emulator() { return emulator_.get(); }
 
@@ -63,6 +73,5 @@ class Context {
   std::vector<std::string> script_;
   std::unique_ptr<Emu::FabricDriver> emulator_;
 };
-
 
 }  // namespace vornctl

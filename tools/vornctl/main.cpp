@@ -2,7 +2,6 @@
 // driver, read the driver's tables back, show the defaults the library
 // computes, convert identifiers.
 #include <cstdio>
-#include <map>
 #include <string>
 
 #include "vornctl/Commands.h"
@@ -18,8 +17,18 @@ int main(int argc, char** argv) {
   std::string driver = "auto";
   bool json = false;
   app.add_option("--driver", driver,
-                 "the driver: auto (the kernel's when /dev/fabric is present), kernel or emulated")
-      ->check(CLI::IsMember({"auto", "kernel", "emulated"}))
+                 "the driver: auto (the fabric daemon when VORN_FABRIC is set, else the "
+                 "kernel's when /dev/fabric is present, else emulated), kernel, emulated (in "
+                 "this process), or remote[=PATH] (the fabric daemon at PATH; default: "
+                 "VORN_FABRIC, or where vorn-fabricd listens by default)")
+      ->check(
+          [](const std::string& value) {
+            if (value == "auto" || value == "kernel" || value == "emulated" || value == "remote" ||
+                (value.rfind("remote=", 0) == 0 && value.size() > 7))
+              return std::string();
+            return "auto, kernel, emulated, remote or remote=PATH: " + value;
+          },
+          "DRIVER")
       ->capture_default_str();
   app.add_flag("--json", json, "one JSON document on standard output, for scripts");
 
@@ -35,6 +44,7 @@ int main(int argc, char** argv) {
   vornctl::addLags(app, action);
   vornctl::addThresholds(app, action);
   vornctl::addDriverServices(app, action);
+  vornctl::addFault(app, action);
 
   try {
     app.parse(argc, argv);
@@ -69,11 +79,7 @@ int main(int argc, char** argv) {
     return vornctl::kBadInput;
   }
 
-  const std::map<std::string, vornctl::DriverChoice> choices = {
-      {"auto", vornctl::DriverChoice::kAuto},
-      {"kernel", vornctl::DriverChoice::kKernel},
-      {"emulated", vornctl::DriverChoice::kEmulated}};
-  vornctl::Context context(choices.at(driver), json);
+  vornctl::Context context(vornctl::driverChoiceOf(driver), json);
   context.emulatorScriptIs(emuScript);
   try {
     return action(context);
