@@ -11,6 +11,10 @@ namespace VornBench {
 void ratio(const std::string& label, const std::string& numerator, const std::string& denominator,
            double target);
 
+// The processor's model name, as /proc/cpuinfo gives it: the figures are
+// this machine's.
+std::string processor();
+
 // Counts heap allocations of the calling thread (operator new is replaced in
 // the benchmark program).
 std::size_t allocations() noexcept;

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <map>
 #include <new>
+#include <string>
 #include <vector>
 
 #include "Ratios.h"
@@ -27,7 +28,9 @@ thread_local std::size_t tAllocations = 0;
 
 // Keeps every benchmark's CPU time per iteration (nanoseconds) by name: the
 // median of its repetitions when it was repeated, else its one run. CPU time,
-// because the machine may be shared: time spent preempted is not the code's.
+// because the machine may be shared: time spent preempted is not the code's;
+// wall-clock time for a benchmark that asks for it (real or manual time: its
+// work is done in other processes).
 class Collector : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override {
@@ -35,9 +38,9 @@ class Collector : public benchmark::ConsoleReporter {
     for (const Run& r : runs) {
       const std::string name = r.run_name.str();
       if (r.run_type == Run::RT_Aggregate && r.aggregate_name == "median") {
-        median[name] = r.GetAdjustedCPUTime();
+        median[name] = time(r);
       } else if (r.run_type == Run::RT_Iteration && r.iterations > 0) {
-        single[name] = r.GetAdjustedCPUTime();
+        single[name] = time(r);
       }
     }
   }
@@ -49,6 +52,9 @@ class Collector : public benchmark::ConsoleReporter {
   }
 
  private:
+  static double time(const Run& r) {
+    return r.run_name.time_type.empty() ? r.GetAdjustedCPUTime() : r.GetAdjustedRealTime();
+  }
   std::map<std::string, double> median, single;
 };
 
@@ -78,6 +84,21 @@ std::size_t allocations() noexcept {
   return tAllocations;
 }
 
+std::string processor() {
+  std::FILE* f = std::fopen("/proc/cpuinfo", "r");
+  char line[256];
+  std::string model = "an unknown processor";
+  while (f && std::fgets(line, sizeof line, f))
+    if (std::strncmp(line, "model name", 10) == 0) {
+      const char* colon = std::strchr(line, ':');
+      model = colon ? colon + 2 : line;
+      model.erase(model.find_last_not_of(" \n") + 1);
+      break;
+    }
+  if (f) std::fclose(f);
+  return model;
+}
+
 }  // namespace VornBench
 
 void* operator new(std::size_t n) {
@@ -98,7 +119,9 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&count, args.data());
   VornBench::Collector collector;
   benchmark::RunSpecifiedBenchmarks(&collector);
-  std::printf("\nRatios (same run, CPU time, medians of the repetitions):\n");
+  std::printf("\nRatios (same run, medians of the repetitions; CPU time, or wall-clock time for"
+              " .../real_time and .../manual_time) on %s:\n",
+              VornBench::processor().c_str());
   int missed = 0;
   for (const auto& r : VornBench::ratios()) {
     double n = collector.ns(r.numerator), d = collector.ns(r.denominator);
