@@ -57,6 +57,29 @@ TEST(FabricDriver, ScriptedAnswersCountDownPerKeyword) {
   EXPECT_TRUE(driver.devices().mpcMode);
 }
 
+// A prefix matches whole tokens, and the longest matching prefix answers.
+TEST(FabricDriver, ScriptedPrefixesMatchWholeTokensLongestFirst) {
+  Emu::FabricDriver driver;
+  driver.answerNext("devstate", EIO, 9);
+  driver.answerNext("devstate fap1", EPERM, 9);
+  driver.answerNext("devstate fap1 up", EBUSY);
+  const std::pair<std::string, int> cases[] = {
+      {"devstate fap1 up", EBUSY}, {"devstate fap1 up", EPERM}, {"devstate fap1", EPERM},
+      {"devstate fap10 up", EIO},  {"devstatex fap1", EINVAL},
+  };
+  for (const auto& [text, error] : cases) {
+    std::string buf = text;
+    buf.resize(256);
+    EXPECT_EQ(driver.command(buf.data(), 256), error) << text;
+  }
+  std::string left;
+  for (const auto& a : driver.scriptedAnswers())
+    left += a.prefix + "=" + std::to_string(a.error) + ":" + std::to_string(a.remaining) + " ";
+  EXPECT_EQ(left, "devstate=5:8 devstate fap1=1:7 ");
+  driver.clearScriptedAnswers();
+  EXPECT_TRUE(driver.scriptedAnswers().empty());
+}
+
 TEST(FabricDriver, NamesAreUniqueAndParametersSetOnce) {
   Emu::FabricDriver driver;
   driver.pciDevicePresentIs("0000:03:00.0");
