@@ -48,8 +48,8 @@ enum class Type : std::uint16_t {
   kHostOpen = 4,
   // One SIOCSIFHWADDR, SIOCGIFHWADDR, SIOCGIFFLAGS or SIOCSIFFLAGS request.
   // Request: HostRequest. Answer: status, then HostRequest as the driver left
-  // it. Another request is answered ENOTTY, and any request on a connection
-  // that holds no emulated socket EBADF.
+  // it. Another request is answered ENOTTY (ENODEV first for an unknown
+  // device), and any request on a connection without an emulated socket EBADF.
   kHostRequest = 5,
   // The host's traffic-control tool. Request: the command line (no NUL).
   // Answer: status (tc's exit status; 1 when the daemon does not emulate the

@@ -38,26 +38,32 @@ Answer malformed(const char* why) {
 }
 
 // Carries `r` out as the ifreq the driver models; the fields the request
-// reads back are copied into `r`. 0 or an errno.
+// reads back are copied into `r`. 0 or an errno: the model answers a request
+// it does not know ENOTTY (ENODEV first for a device it does not know).
 int applyHostRequest(Emu::FabricDriver& driver, HostRequest& r) {
   const bool hw = r.request == SIOCSIFHWADDR || r.request == SIOCGIFHWADDR;
-  if (!hw && r.request != SIOCGIFFLAGS && r.request != SIOCSIFFLAGS) return ENOTTY;
+  const bool flags = r.request == SIOCSIFFLAGS || r.request == SIOCGIFFLAGS;
   ifreq req{};
   std::memcpy(req.ifr_name, r.name, sizeof r.name);
   if (hw) {
     req.ifr_hwaddr.sa_family = r.family;
     std::memcpy(req.ifr_hwaddr.sa_data, r.mac, sizeof r.mac);
-  } else {
+  } else if (flags) {
     req.ifr_flags = r.flags;
   }
   const int rc = driver.hostRequest(r.request, &req);
   if (hw) {
     r.family = req.ifr_hwaddr.sa_family;
     std::memcpy(r.mac, req.ifr_hwaddr.sa_data, sizeof r.mac);
-  } else {
+  } else if (flags) {
     r.flags = req.ifr_flags;
   }
   return rc;
+}
+
+// The answer flags of kOpen and kHostOpen.
+std::uint32_t hostFlags(const Emu::FabricDriver& driver) {
+  return driver.realHostDevices() ? 0u : std::uint32_t{kHostEmulated};
 }
 
 bool printable(std::string_view text) {
@@ -73,10 +79,9 @@ Connection::~Connection() {
 Answer Connection::serve(const Frame& frame, std::string_view payload) {
   if (const char* why = requestHeaderError(frame)) return malformed(why);
   if (payload.size() != frame.length) return malformed("payload size differs from its header");
-  const std::uint32_t flags = driver_.realHostDevices() ? 0u : std::uint32_t{kHostEmulated};
   switch (static_cast<Type>(frame.type)) {
     case Type::kOpen:
-      return answer(Type::kOpen, 0, bytesOf(flags));
+      return answer(Type::kOpen, 0, bytesOf(hostFlags(driver_)));
     case Type::kCommand:
       return command(payload);
     case Type::kListing: {
@@ -115,11 +120,11 @@ Answer Connection::command(std::string_view payload) {
   return answer(Type::kCommand, rc, buf);
 }
 
+// On a real host the client opens a socket of its own.
 Answer Connection::hostOpen() {
-  if (driver_.realHostDevices()) return answer(Type::kHostOpen, 0, bytesOf(std::uint32_t{0}));
-  if (hostFd_ < 0) hostFd_ = driver_.hostSocket();
-  const std::uint32_t flags = kHostEmulated;
-  return answer(Type::kHostOpen, hostFd_ < 0 ? errno : 0, bytesOf(flags));
+  const std::uint32_t flags = hostFlags(driver_);
+  if (flags && hostFd_ < 0) hostFd_ = driver_.hostSocket();
+  return answer(Type::kHostOpen, flags && hostFd_ < 0 ? errno : 0, bytesOf(flags));
 }
 
 Answer Connection::hostRequest(std::string_view payload) {
