@@ -104,6 +104,8 @@ struct FaultAdd {
   std::uint32_t count;  // how many matching commands get `error`; at least 1
 };
 static_assert(sizeof(FaultAdd) == 8);
+// The longest command prefix of a FaultAdd, and the largest error it may
+// script (errno values stay below it).
 inline constexpr std::uint32_t kMaxFaultPrefix = 255;
 inline constexpr std::int32_t kMaxError = 4095;
 // Scripted answers pending at once, so that a kFaultList answer is bounded.

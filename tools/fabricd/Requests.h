@@ -39,6 +39,7 @@ class Connection {
   Answer serve(const Kernel::fabric::Frame& frame, std::string_view payload);
 
  private:
+  // The requests that carry a payload or use the connection's state.
   Answer command(std::string_view payload);
   Answer hostOpen();
   Answer hostRequest(std::string_view payload);
