@@ -81,12 +81,11 @@ int exitStatus(int raw) {
 // test did.
 class Daemon {
  public:
-  Daemon(const std::string& socket, const std::string& log)
-      : out_(::popen(("echo $$; exec " FABRICD_PATH " --pci 0000:03:00.0 --pci 0000:04:00.0 "
-                      "--socket " +
-                      socket + " 2>" + log)
-                         .c_str(),
-                     "r")) {
+  Daemon(const std::string& socket, const std::string& log) {
+    const std::string shell = "echo $$; exec " FABRICD_PATH
+                              " --pci 0000:03:00.0 --pci 0000:04:00.0 --socket " +
+                              socket + " 2>" + log;
+    out_ = ::popen(shell.c_str(), "r");
     char line[512] = {};
     pid_ = std::fgets(line, sizeof line, out_) ? std::atoi(line) : 0;
     std::fgets(line, sizeof line, out_);  // "vorn-fabricd: serving PATH"
@@ -101,8 +100,8 @@ class Daemon {
   }
 
  private:
-  FILE* out_;
-  pid_t pid_;
+  FILE* out_ = nullptr;
+  pid_t pid_ = 0;
   int status_ = -1;
 };
 
@@ -190,9 +189,8 @@ TEST_F(FabricDaemon, SocketPaths) {
   EXPECT_NE(::access(socket_.c_str(), F_OK), 0);
 }
 
-// A malformed request's reason, or the answer's status and what follows it.
+// The answer's status and what follows it; status -1 for a malformed request.
 struct Reply {
-  std::string malformed;
   Status status = -1;
   std::string body;
 };
@@ -202,7 +200,7 @@ Reply ask(fabricd::Connection& c, const std::string& bytes) {
   std::memcpy(&f, bytes.data(), sizeof f);
   const fabricd::Answer a = c.serve(f, std::string_view(bytes).substr(sizeof f));
   Reply r;
-  if (a.malformed) return r.malformed = a.malformed, r;
+  if (a.malformed) return r;
   std::memcpy(&r.status, a.bytes.data() + sizeof f, sizeof r.status);
   r.body = a.bytes.substr(sizeof f + sizeof r.status);
   return r;
