@@ -66,6 +66,7 @@ std::string parse(int argc, char** argv, Options& o) {
     if (i + 1 == argc) return arg + ": needs a value";
     const std::string value = argv[++i];
     if (arg == "--socket") {
+      if (value.empty()) return "--socket: an empty path";
       o.socket = value;
     } else if (arg == "--host") {
       if (value != "emulated" && value != "real") return "--host: emulated or real";
