@@ -66,7 +66,8 @@ vornctl runs the library's jobs by hand: a scripted bring-up of a system,
 the driver's device and LAG tables, the egress-buffer and control-plane
 policing defaults, identifier conversions and the decoding of ring trace
 files. It drives the kernel driver, or an embedded emulator of it where there
-is none.")
+is none. vorn-fabricd serves one emulated driver to many processes over a Unix
+socket.")
 
 # Every package carries its copyright and changelog in /usr/share/doc.
 set(VORN_DEB_DOC ${CMAKE_BINARY_DIR}/debian-doc)
@@ -74,7 +75,7 @@ configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/changelog.in ${VORN_DEB_DOC}/cha
 execute_process(COMMAND gzip -9 -n -f ${VORN_DEB_DOC}/changelog.Debian)
 
 set(VORN_DEB_COMPONENTS runtime dev)
-if(TARGET vornctl)  # VORN_TOOLS on: tools/ installs into "tools"
+if(TARGET vornctl OR TARGET vorn-fabricd)  # tools/ installs into "tools"
   list(APPEND VORN_DEB_COMPONENTS tools)
 endif()
 foreach(component IN LISTS VORN_DEB_COMPONENTS)

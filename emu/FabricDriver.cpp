@@ -171,7 +171,7 @@ int FabricDriver::dispatch(char* buf, unsigned size, std::string& text) {
     return EINVAL;
   }
   text.assign(cmd.text);
-  auto script = scripted_.find(cmd.keyword);
+  auto script = scriptFor(cmd.text);
   if (script != scripted_.end()) {
     int error = script->second.first;
     if (--script->second.second == 0) scripted_.erase(script);
@@ -182,10 +182,35 @@ int FabricDriver::dispatch(char* buf, unsigned size, std::string& text) {
   return it->second->run(*this, cmd, buf, size);
 }
 
-void FabricDriver::answerNext(std::string_view keyword, int error, unsigned count) {
+// Tries the text whole, then cut before each blank from the right: the first
+// prefix found is the longest that matches at a token boundary.
+FabricDriver::Scripts::iterator FabricDriver::scriptFor(std::string_view text) {
+  std::size_t end = text.size();
+  while (true) {
+    auto it = scripted_.find(text.substr(0, end));
+    if (it != scripted_.end()) return it;
+    if (end == 0 || (end = text.rfind(' ', end - 1)) == std::string_view::npos)
+      return scripted_.end();
+  }
+}
+
+void FabricDriver::answerNext(std::string_view prefix, int error, unsigned count) {
   std::lock_guard<std::recursive_mutex> lock(mutex_);
   if (count == 0) return;
-  scripted_[std::string(keyword)] = {error, count};
+  scripted_[std::string(prefix)] = {error, count};
+}
+
+std::vector<FabricDriver::ScriptedAnswer> FabricDriver::scriptedAnswers() const {
+  std::lock_guard<std::recursive_mutex> lock(mutex_);
+  std::vector<ScriptedAnswer> out;
+  for (const auto& [prefix, answer] : scripted_)
+    out.push_back({prefix, answer.first, answer.second});
+  return out;
+}
+
+void FabricDriver::clearScriptedAnswers() {
+  std::lock_guard<std::recursive_mutex> lock(mutex_);
+  scripted_.clear();
 }
 
 std::vector<std::string> FabricDriver::commands() const {
@@ -202,6 +227,7 @@ void FabricDriver::clearLog() {
   std::lock_guard<std::recursive_mutex> lock(mutex_);
   log_.clear();
   answers_.clear();
+  tcCommands_.clear();
 }
 
 void FabricDriver::pciDevicePresentIs(const std::string& pci, bool present) {

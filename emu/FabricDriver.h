@@ -11,6 +11,7 @@
 //   Emu::FabricDriver driver;          // installed until it is destroyed
 //   driver.pciDevicePresentIs("0000:03:00.0");
 //   driver.answerNext("devname", 19, 3);  // the next three "devname" get 19
+//   driver.answerNext("devstate fap1", 5);  // the next "devstate fap1 ..." gets 5
 //
 // It also models the host side of the devices it creates: AF_INET datagram
 // sockets are handed out as emulated descriptors whose SIOCSIFHWADDR,
@@ -60,14 +61,30 @@ class FabricDriver {
   // returns 0 or an errno and may write an answer into `buf`.
   int command(char* buf, unsigned size);
 
-  // The next `count` commands with `keyword` are answered `error` without
-  // being carried out (0 makes them succeed without effect).
-  void answerNext(std::string_view keyword, int error, unsigned count = 1);
+  // The next `count` commands that start with `prefix` are answered `error`
+  // without being carried out (0 makes them succeed without effect). A prefix
+  // matches at a token boundary: the command's text equals it or continues
+  // with a blank after it, so a keyword alone matches every command of that
+  // keyword. When several prefixes match, the longest one answers.
+  void answerNext(std::string_view prefix, int error, unsigned count = 1);
+
+  // A scripted answer still pending.
+  struct ScriptedAnswer {
+    std::string prefix;
+    int error;
+    unsigned remaining;
+  };
+  // The pending scripted answers, by prefix.
+  std::vector<ScriptedAnswer> scriptedAnswers() const;
+  // Drops every pending scripted answer.
+  void clearScriptedAnswers();
 
   // Every command text received, in order, including answered ones.
   std::vector<std::string> commands() const;
   // The errno answered to each received command, in order.
   std::vector<int> answers() const;
+  // Forgets the commands, answers and tc command lines received so far (a
+  // long-running user keeps the logs from growing without bound).
   void clearLog();
 
   // The text of "/proc/vorn-dma" as the driver renders it now.
@@ -122,7 +139,12 @@ class FabricDriver {
  private:
   friend struct DriverAccess;
 
+  // Scripted answers by prefix: the error and how many commands it answers.
+  using Scripts = std::map<std::string, std::pair<int, unsigned>, std::less<>>;
+
   int dispatch(char* buf, unsigned size, std::string& text);
+  // The scripted answer for a command's text: the longest matching prefix.
+  Scripts::iterator scriptFor(std::string_view text);
 
   mutable std::recursive_mutex mutex_;
   DeviceState devices_;
@@ -134,7 +156,7 @@ class FabricDriver {
   std::vector<std::string> tcCommands_;
   LagState lags_;
   SflowState sflow_;
-  std::map<std::string, std::pair<int, unsigned>, std::less<>> scripted_;
+  Scripts scripted_;
   std::vector<std::string> log_;
   std::vector<int> answers_;
   const Kernel::Ops* next_ = &Kernel::linuxOps();

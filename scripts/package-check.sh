@@ -32,4 +32,6 @@ test "$(LD_LIBRARY_PATH="$libdir" "$root/agent-pc")" = 32773
 
 LD_LIBRARY_PATH="$libdir" "$root/usr/bin/vornctl" --version >/dev/null
 MANPATH="$root/usr/share/man" man vornctl 2>/dev/null | grep -q '^COMMANDS'
-echo "packages: lintian clean; the unpacked packages build and run a consumer, vornctl and its manual page"
+LD_LIBRARY_PATH="$libdir" "$root/usr/bin/vorn-fabricd" --version >/dev/null
+MANPATH="$root/usr/share/man" man vorn-fabricd 2>/dev/null | grep -q '^OPTIONS'
+echo "packages: lintian clean; the unpacked packages build and run a consumer, vornctl, vorn-fabricd and their manual pages"

@@ -14,7 +14,12 @@
 //
 // The daemon checks every header before it reads a payload: a wrong magic or
 // version, an unknown type or a length above the type's limit closes that one
-// connection.
+// connection, and so does a payload that disagrees with its header (a
+// kCommand whose length is not 4 + size, a kHostRequest of another length or
+// whose name has no NUL, a kTc line holding a NUL, a kFaultAdd shorter than
+// its FaultAdd). A value the daemon refuses is answered instead: EINVAL for a
+// fault with a count of 0, an error outside 0..kMaxError or a prefix that is
+// empty or not printable ASCII, ENOSPC for a new fault beyond kMaxFaults.
 #pragma once
 
 #include <cstddef>
@@ -43,10 +48,12 @@ enum class Type : std::uint16_t {
   kHostOpen = 4,
   // One SIOCSIFHWADDR, SIOCGIFHWADDR, SIOCGIFFLAGS or SIOCSIFFLAGS request.
   // Request: HostRequest. Answer: status, then HostRequest as the driver left
-  // it.
+  // it. Another request is answered ENOTTY (ENODEV first for an unknown
+  // device), and any request on a connection without an emulated socket EBADF.
   kHostRequest = 5,
   // The host's traffic-control tool. Request: the command line (no NUL).
-  // Answer: status (tc's exit status).
+  // Answer: status (tc's exit status; 1 when the daemon does not emulate the
+  // host).
   kTc = 6,
   // Scripted answers for every client. Request: FaultAdd, then the command
   // prefix (no NUL). Answer: status.
@@ -97,7 +104,14 @@ struct FaultAdd {
   std::uint32_t count;  // how many matching commands get `error`; at least 1
 };
 static_assert(sizeof(FaultAdd) == 8);
+// The longest command prefix of a FaultAdd, and the largest error it may
+// script (errno values stay below it).
 inline constexpr std::uint32_t kMaxFaultPrefix = 255;
+inline constexpr std::int32_t kMaxError = 4095;
+// Scripted answers pending at once, so that a kFaultList answer is bounded.
+inline constexpr std::uint32_t kMaxFaults = 64;
+// The longest tc command line carried.
+inline constexpr std::uint32_t kMaxTcLine = 1024;
 
 // The largest request payload of each type (a frame announcing more is
 // malformed), or 0 for a type that is not one.
@@ -114,9 +128,32 @@ constexpr std::uint32_t maxRequestPayload(std::uint16_t type) noexcept {
     case Type::kHostRequest:
       return sizeof(HostRequest);
     case Type::kTc:
-      return 1024;
+      return kMaxTcLine;
     case Type::kFaultAdd:
       return sizeof(FaultAdd) + kMaxFaultPrefix;
+  }
+  return 0;
+}
+
+// The largest answer payload of each type (for kListing, the status before
+// the text), or 0 for a type that is not one. A kFaultList line holds the
+// prefix and two numbers of at most 11 characters each.
+constexpr std::uint32_t maxAnswerPayload(std::uint16_t type) noexcept {
+  switch (static_cast<Type>(type)) {
+    case Type::kOpen:
+    case Type::kHostOpen:
+      return sizeof(Status) + sizeof(std::uint32_t);
+    case Type::kCommand:
+      return sizeof(Status) + kMaxCommandSize;
+    case Type::kHostRequest:
+      return sizeof(Status) + sizeof(HostRequest);
+    case Type::kFaultList:
+      return sizeof(Status) + kMaxFaults * (kMaxFaultPrefix + 2 * 12 + 1);
+    case Type::kListing:
+    case Type::kTc:
+    case Type::kFaultAdd:
+    case Type::kFaultClear:
+      return sizeof(Status);
   }
   return 0;
 }

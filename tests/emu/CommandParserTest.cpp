@@ -44,7 +44,7 @@ TEST(FabricDriver, UnknownKeywordsAndWrongSizesAreRefused) {
   EXPECT_EQ(driver.answers(), (std::vector<int>{EINVAL, EINVAL, EINVAL}));
 }
 
-TEST(FabricDriver, ScriptedAnswersCountDownPerKeyword) {
+TEST(FabricDriver, ScriptedAnswersCountDownPerPrefix) {
   Emu::FabricDriver driver;
   driver.answerNext("mpcmode", EIO, 2);
   char on[256] = "mpcmode on";
@@ -55,6 +55,17 @@ TEST(FabricDriver, ScriptedAnswersCountDownPerKeyword) {
   EXPECT_EQ(driver.command(on, 256), EIO);
   EXPECT_EQ(driver.command(on, 256), 0);
   EXPECT_TRUE(driver.devices().mpcMode);
+  // A prefix matches whole tokens, and the longest matching one answers.
+  driver.answerNext("devstate", EBUSY, 2);
+  driver.answerNext("devstate fap1", EPERM);
+  char fap10[256] = "devstate fap10 up", fap1[256] = "devstate fap1 up";
+  EXPECT_EQ(driver.command(fap10, 256), EBUSY);
+  EXPECT_EQ(driver.command(fap1, 256), EPERM);
+  auto left = driver.scriptedAnswers();
+  ASSERT_EQ(left.size(), 1u);
+  EXPECT_EQ(left[0].prefix + " " + std::to_string(left[0].remaining), "devstate 1");
+  driver.clearScriptedAnswers();
+  EXPECT_EQ(driver.command(fap1, 256), ENODEV);
 }
 
 TEST(FabricDriver, NamesAreUniqueAndParametersSetOnce) {
