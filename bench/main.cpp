@@ -119,9 +119,10 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&count, args.data());
   VornBench::Collector collector;
   benchmark::RunSpecifiedBenchmarks(&collector);
-  std::printf("\nRatios (same run, medians of the repetitions; CPU time, or wall-clock time for"
-              " .../real_time and .../manual_time) on %s:\n",
-              VornBench::processor().c_str());
+  std::printf(
+      "\nRatios (same run, medians of the repetitions; CPU time, or wall-clock time for"
+      " .../real_time and .../manual_time) on %s:\n",
+      VornBench::processor().c_str());
   int missed = 0;
   for (const auto& r : VornBench::ratios()) {
     double n = collector.ns(r.numerator), d = collector.ns(r.denominator);

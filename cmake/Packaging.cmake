@@ -75,7 +75,7 @@ configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/changelog.in ${VORN_DEB_DOC}/cha
 execute_process(COMMAND gzip -9 -n -f ${VORN_DEB_DOC}/changelog.Debian)
 
 set(VORN_DEB_COMPONENTS runtime dev)
-if(TARGET vornctl OR TARGET vorn-fabricd)  # tools/ installs into "tools"
+if(TARGET vornctl)  # VORN_TOOLS on: tools/ installs into "tools"
   list(APPEND VORN_DEB_COMPONENTS tools)
 endif()
 foreach(component IN LISTS VORN_DEB_COMPONENTS)

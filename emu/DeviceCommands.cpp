@@ -15,15 +15,19 @@ Device* findDevice(FabricDriver& d, std::string_view name) {
   return it == d.devices().devices.end() ? nullptr : &it->second;
 }
 
+bool present(const DeviceState& devices, const std::string& pci) {
+  return devices.anyPciPresent || devices.pciPresent.count(pci);
+}
+
 int devpresent(FabricDriver& d, const Command& c, char*, unsigned) {
   if (c.argc != 1) return EINVAL;
-  return d.devices().pciPresent.count(std::string(c.args[0])) ? 0 : ENODEV;
+  return present(d.devices(), std::string(c.args[0])) ? 0 : ENODEV;
 }
 
 int devname(FabricDriver& d, const Command& c, char*, unsigned) {
   if (c.argc != 2 || c.args[0].empty()) return EINVAL;
   std::string name(c.args[0]), pci(c.args[1]);
-  if (pci != "nopcidev" && !d.devices().pciPresent.count(pci)) return ENODEV;
+  if (pci != "nopcidev" && !present(d.devices(), pci)) return ENODEV;
   auto& devices = d.devices().devices;
   if (devices.count(name)) return EEXIST;
   for (const auto& [other, dev] : devices)
@@ -123,6 +127,8 @@ constexpr Handler kHandlers[] = {
 
 }  // namespace
 
-std::span<const Handler> deviceHandlers() { return kHandlers; }
+std::span<const Handler> deviceHandlers() {
+  return kHandlers;
+}
 
 }  // namespace Emu

@@ -21,8 +21,11 @@ struct Device {
 };
 
 struct DeviceState {
-  // PCI addresses of the processors the driver has probed.
+  // PCI addresses of the processors the driver has probed; with
+  // anyPciPresent, every address (a virtual switch has whatever chips are
+  // brought up).
   std::set<std::string> pciPresent;
+  bool anyPciPresent = false;
   // Named devices by name.
   std::map<std::string, Device> devices;
   bool mpcMode = false;

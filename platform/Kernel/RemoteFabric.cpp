@@ -303,8 +303,8 @@ constexpr Ops kRemote = {
 
 std::string defaultSocketPath() {
   const char* runtime = ::getenv("XDG_RUNTIME_DIR");
-  if (::geteuid() == 0 || !runtime || !*runtime) return "/run/vorn/fabric.sock";
-  return std::string(runtime) + "/vorn/fabric.sock";
+  if (::geteuid() == 0) return "/run/vorn/fabric.sock";
+  return runtime && *runtime ? std::string(runtime) + "/vorn/fabric.sock" : std::string();
 }
 
 int connectTo(const char* path) noexcept {

@@ -28,8 +28,9 @@
 
 namespace Kernel::fabric {
 
-// Where a daemon listens unless told otherwise: $XDG_RUNTIME_DIR/vorn/
-// fabric.sock, or /run/vorn/fabric.sock for root or without XDG_RUNTIME_DIR.
+// Where a daemon listens unless told otherwise: /run/vorn/fabric.sock for
+// root, else $XDG_RUNTIME_DIR/vorn/fabric.sock; empty when XDG_RUNTIME_DIR is
+// not set.
 std::string defaultSocketPath();
 
 // A new connection to the daemon at `path`, or -1 with errno: ENOENT when no

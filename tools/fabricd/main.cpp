@@ -30,9 +30,8 @@ constexpr char kUsage[] =
     "  --host MODE    emulated (default): the driver's host netdevices, their\n"
     "                 requests and tc are emulated; real: each device gets a TAP\n"
     "                 device on this host (needs root)\n"
-    "  --pci ADDR     a PCI device present, as 0000:03:00.0 (repeatable); vornctl\n"
-    "                 bringup finds its chips at 0000:03:00.0 and 0000:04:00.0,\n"
-    "                 and one more pair per chassis linecard (05 and 06, ...)\n"
+    "  --pci ADDR     a PCI device present, as 0000:03:00.0 (repeatable); without\n"
+    "                 it, every address is (chips are whatever is brought up)\n"
     "  --help         this text\n"
     "  --version      the version\n"
     "\n"
@@ -104,6 +103,7 @@ int main(int argc, char** argv) {
   Emu::FabricDriver driver;
   driver.realHostDevicesIs(o.realHost);
   for (const std::string& pci : o.pci) driver.pciDevicePresentIs(pci);
+  driver.devices().anyPciPresent = o.pci.empty();
   try {
     fabricd::serve(driver, o.socket);
   } catch (const std::exception& e) {

@@ -25,6 +25,8 @@ DriverChoice driverChoiceOf(const std::string& value) {
   std::string path = value.rfind("remote=", 0) == 0 ? value.substr(7)
                      : fabric && *fabric            ? std::string(fabric)
                                                     : Kernel::fabric::defaultSocketPath();
+  if (path.empty())
+    throw BadInput("--driver remote", "XDG_RUNTIME_DIR is not set: name the socket, remote=PATH");
   ::setenv("VORN_FABRIC", path.c_str(), 1);
   return DriverChoice::kRemote;
 }

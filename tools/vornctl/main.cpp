@@ -79,9 +79,9 @@ int main(int argc, char** argv) {
     return vornctl::kBadInput;
   }
 
-  vornctl::Context context(vornctl::driverChoiceOf(driver), json);
-  context.emulatorScriptIs(emuScript);
   try {
+    vornctl::Context context(vornctl::driverChoiceOf(driver), json);
+    context.emulatorScriptIs(emuScript);
     return action(context);
   } catch (const vornctl::BadInput& e) {
     std::fprintf(stderr, "vornctl: %s\n", e.what());
