@@ -10,15 +10,13 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "fabricd/Requests.h"
+#include "support/Process.h"
 
 using testing::HasSubstr;
 using namespace Kernel::fabric;
@@ -72,37 +70,21 @@ std::string listing(const std::string& socket) {
   return roundTrip(socket, request(Type::kListing), false).substr(sizeof(Frame) + sizeof(Status));
 }
 
-int exitStatus(int raw) {
-  return WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
-}
-
-// A daemon on `socket` with two chips present, its errors in `log`, serving
-// once constructed; stopped with SIGTERM when the object goes, whatever the
-// test did.
-class Daemon {
- public:
-  Daemon(const std::string& socket, const std::string& log) {
-    const std::string shell = "echo $$; exec " FABRICD_PATH
-                              " --pci 0000:03:00.0 --pci 0000:04:00.0 --socket " +
-                              socket + " 2>" + log;
-    out_ = ::popen(shell.c_str(), "r");
-    char line[512] = {};
-    pid_ = std::fgets(line, sizeof line, out_) ? std::atoi(line) : 0;
-    std::fgets(line, sizeof line, out_);  // "vorn-fabricd: serving PATH"
+// A daemon on `socket` with two chips present, serving once constructed;
+// stopped with SIGTERM when the object goes, whatever the test did. Its
+// errors are its output.
+struct Daemon : VornTest::Process {
+  explicit Daemon(const std::string& socket)
+      : Process(
+            {FABRICD_PATH, "--pci", "0000:03:00.0", "--pci", "0000:04:00.0", "--socket", socket}) {
+    EXPECT_TRUE(waitFor("serving")) << output();
   }
   ~Daemon() { stop(); }
   // Stops the daemon and returns its exit status.
   int stop() {
-    if (out_ && pid_ > 0) ::kill(pid_, SIGTERM);
-    if (out_) status_ = exitStatus(::pclose(out_));
-    out_ = nullptr;
-    return status_;
+    signal(SIGTERM);
+    return wait();
   }
-
- private:
-  FILE* out_ = nullptr;
-  pid_t pid_ = 0;
-  int status_ = -1;
 };
 
 std::string scratchDir() {
@@ -114,20 +96,15 @@ std::string scratchDir() {
 class FabricDaemon : public testing::Test {
  protected:
   ~FabricDaemon() override { std::filesystem::remove_all(dir_); }
-  std::string log() const {
-    std::ifstream in(log_);
-    return {std::istreambuf_iterator<char>(in), {}};
-  }
   const std::string dir_ = scratchDir();
   const std::string socket_ = dir_ + "/fabric.sock";
-  const std::string log_ = dir_ + "/log";
 };
 
 // Each bad request closes its own connection after the good one before it,
 // is logged with the connection's number, and leaves the state as it was; a
 // request after it is never served.
 TEST_F(FabricDaemon, MalformedFramesCloseOnlyTheirConnection) {
-  Daemon daemon(socket_, log_);
+  Daemon daemon(socket_);
   const std::string open = request(Type::kOpen);
   roundTrip(socket_, open + command("devname fap0 0000:03:00.0"));
   const std::string before = listing(socket_);
@@ -153,9 +130,9 @@ TEST_F(FabricDaemon, MalformedFramesCloseOnlyTheirConnection) {
   };
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     EXPECT_EQ(roundTrip(socket_, open + cases[i].bytes), opened) << cases[i].name;
-    EXPECT_THAT(log(), HasSubstr("vorn-fabricd: connection " + std::to_string(i + 3) + ": " +
-                                 cases[i].logged + "\n"))
-        << cases[i].name;
+    EXPECT_TRUE(daemon.waitFor("vorn-fabricd: connection " + std::to_string(i + 3) + ": " +
+                               cases[i].logged + "\n"))
+        << cases[i].name << ": " << daemon.output();
   }
   EXPECT_EQ(listing(socket_), before);
   EXPECT_EQ(daemon.stop(), 0);
@@ -168,7 +145,7 @@ TEST_F(FabricDaemon, SocketPaths) {
   sockaddr_un a = address(socket_);
   ASSERT_EQ(::bind(stale, reinterpret_cast<sockaddr*>(&a), sizeof a), 0);
   ::close(stale);
-  Daemon daemon(socket_, log_);
+  Daemon daemon(socket_);
   struct stat st {};
   EXPECT_EQ(::stat(socket_.c_str(), &st), 0);
   EXPECT_EQ(st.st_mode & 0777, 0600u);
@@ -176,14 +153,12 @@ TEST_F(FabricDaemon, SocketPaths) {
       {dir_ + "/missing/fabric.sock", "no such directory"},
       {dir_ + "/" + std::string(120, 'x'), "a socket path has 1 to 107 bytes"},
       {socket_, "a daemon already answers there"},
-      {log_, "exists and is not a socket"},
+      {dir_, "exists and is not a socket"},
   };
   for (const auto& [path, why] : refused) {
-    FILE* p = ::popen((FABRICD_PATH " --socket " + path + " 2>&1").c_str(), "r");
-    char out[512] = {};
-    std::fread(out, 1, sizeof out - 1, p);
-    EXPECT_EQ(exitStatus(::pclose(p)), 2) << path;
-    EXPECT_THAT(out, HasSubstr(why)) << path;
+    VornTest::Process p({FABRICD_PATH, "--socket", path});
+    EXPECT_EQ(p.wait(), 2) << path;
+    EXPECT_THAT(p.output(), HasSubstr(why)) << path;
   }
   EXPECT_EQ(daemon.stop(), 0);
   EXPECT_NE(::access(socket_.c_str(), F_OK), 0);
