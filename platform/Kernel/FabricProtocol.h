@@ -52,8 +52,8 @@ enum class Type : std::uint16_t {
   // device), and any request on a connection without an emulated socket EBADF.
   kHostRequest = 5,
   // The host's traffic-control tool. Request: the command line (no NUL).
-  // Answer: status (tc's exit status; 1 when the daemon does not emulate the
-  // host).
+  // Answer: status (tc's exit status: the emulated tc's, or with real host
+  // devices the host's own tc run by the daemon, which made those devices).
   kTc = 6,
   // Scripted answers for every client. Request: FaultAdd, then the command
   // prefix (no NUL). Answer: status.

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "Zell/Zell.h"
 #include "emu/HostSockets.h"
 
 namespace fabricd {
@@ -140,8 +141,9 @@ Answer Connection::hostRequest(std::string_view payload) {
 
 Answer Connection::tc(std::string_view payload) {
   if (payload.find('\0') != std::string_view::npos) return malformed("tc command line holds a NUL");
-  if (driver_.realHostDevices()) return answer(Type::kTc, 1);
-  const int rc = driver_.runTc(std::string(payload).c_str());
+  const std::string line(payload);
+  if (driver_.realHostDevices()) return answer(Type::kTc, Zell::run(line.c_str()));
+  const int rc = driver_.runTc(line.c_str());
   driver_.clearLog();
   return answer(Type::kTc, rc);
 }

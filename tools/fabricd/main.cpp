@@ -85,6 +85,9 @@ int fail(const std::string& why, int status) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // The daemon is the driver: its own host requests (TAP devices, sockets)
+  // must not be sent to a daemon, least of all to itself.
+  ::unsetenv("VORN_FABRIC");
   for (int i = 1; i < argc; ++i) {
     if (std::strcmp(argv[i], "--help") == 0) return std::fputs(kUsage, stdout), 0;
     if (std::strcmp(argv[i], "--version") == 0) return std::puts("vorn-fabricd " VORN_VERSION), 0;
