@@ -80,7 +80,10 @@ TEST(VirtualFabric, TwoProcessesSeeOneSwitch) {
   ASSERT_THAT(upDevices, HasSubstr("fap1"));
   EXPECT_EQ(between(devices.out, "up devices:\n", "device parameters"), upDevices);
 
-  // The in-process emulator is another switch: it has none of it.
+  // The in-process emulator answers the same bring-up alike, and is another
+  // switch: it has none of this one.
+  EXPECT_EQ(between(vornctl({"bringup", "--driver", "emulated"}).out, "system:", "commands in"),
+            between(up.out, "system:", "commands in"));
   EXPECT_THAT(vornctl({"lags", "--driver", "emulated"}).out, Not(HasSubstr("po1")));
 }
 
