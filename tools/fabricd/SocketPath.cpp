@@ -30,8 +30,9 @@ std::string socketPathProblem(const std::string& path) {
   if (path.empty() || path.size() >= sizeof(sockaddr_un::sun_path))
     return path + ": a socket path has 1 to " + std::to_string(sizeof(sockaddr_un::sun_path) - 1) +
            " bytes";
-  std::string dir = std::filesystem::path(path).parent_path();
-  if (dir.empty()) dir = ".";
+  // A path without a directory is in the working directory.
+  const std::string parent = std::filesystem::path(path).parent_path();
+  const std::string dir = parent.empty() ? std::string(".") : parent;
   struct stat st;
   if (::stat(dir.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) return dir + ": no such directory";
   if (::access(dir.c_str(), W_OK | X_OK) != 0) return dir + ": not writable";
