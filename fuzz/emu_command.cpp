@@ -1,6 +1,5 @@
-// The emulator's command parser and handlers on arbitrary buffers: whatever
-// arrives, the driver model answers with an error number and never reads or
-// writes outside the buffer it was given.
+// The emulator's command parser and handlers on arbitrary buffers: never a
+// read or write outside the buffer.
 #include <cstdint>
 #include <cstring>
 #include <vector>

@@ -1,6 +1,4 @@
-// The FAP-name parsing of fapNameToLinecardName on arbitrary names that carry
-// one of the known words (a name without one is a caller error that ends the
-// process, by design).
+// fapNameToLinecardName on arbitrary names that carry one of the known words.
 #include <cstdint>
 #include <string>
 

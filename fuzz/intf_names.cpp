@@ -1,6 +1,5 @@
-// Interface-name construction and the interface-name helpers on arbitrary
-// text: a name is an interface name or a clear error, and no helper reads
-// outside the text or misbehaves on it.
+// Interface names and their helpers on arbitrary text: an interface name or
+// a clear error, never a read outside the text.
 #include <cstdint>
 #include <string>
 

@@ -1,9 +1,6 @@
-// The LAG listing parser on arbitrary bytes, and a property: a LAG table that
-// the driver emulator renders parses back to the same table.
-//
-// First byte even: the rest is a listing, fed in pieces whose sizes the bytes
-// choose; the parser must report values, never crash. First byte odd: the
-// rest describes LAGs, which the emulator renders and the parser reads back.
+// First byte even: the LAG listing parser on arbitrary bytes, fed in pieces.
+// First byte odd: the rest describes LAGs, which the emulator renders and the
+// parser must read back to the same table.
 #include <cstdint>
 #include <cstdlib>
 #include <string>

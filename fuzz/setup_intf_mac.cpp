@@ -1,7 +1,4 @@
-// The MAC text that a new host device is set up with, on arbitrary text: the
-// library parses it without validation, and must never read past its end.
-// Each input creates a host device in the emulated driver with that text and
-// deletes it again; the emulated host records the address it was given.
+// A new host device's MAC text, arbitrary: never read past its end.
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -17,8 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     d->tcEmulatedIs(true);
     return d;
   }();
-  // Exactly the input's bytes, up to its first NUL, in an allocation of its
-  // own size so that a read past the end is caught.
+  // In an allocation of its own size, so that a read past the end is caught.
   std::string text(reinterpret_cast<const char*>(data), size);
   char* mac = static_cast<char*>(std::malloc(text.size() + 1));
   std::memcpy(mac, text.c_str(), text.size() + 1);

@@ -1,6 +1,5 @@
-// The raw-transmit frame builder on arbitrary names, destinations and
-// payloads: every frame has the driver's layout, and nothing is read or
-// written outside the inputs and the frame.
+// The raw-transmit frame builder on arbitrary input: every frame has the
+// driver's layout.
 #include <cstdint>
 #include <cstring>
 #include <span>

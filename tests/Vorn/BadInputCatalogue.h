@@ -1,12 +1,6 @@
-// The bad-input catalogue: every exported function that takes a text, a
-// name, a pointer or a number from outside, with its boundary and garbage
-// inputs and the outcome each gets. The catalogue files register, next to
-// each test, the exported names that the test exercises; a completeness
-// test compares the registry with the library's exported names.
-//
-//   CATALOGUE_TEST(BadInputNames, PortChannelNumbers, "portChannelId", "isPortChannel") {
-//     ...
-//   }
+// The bad-input catalogue: each test registers the exported names whose
+// bad input it exercises; BadInputCatalogueTest compares the registry with
+// the library's exported names.
 #pragma once
 
 #include <gtest/gtest.h>

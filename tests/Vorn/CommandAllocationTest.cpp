@@ -1,5 +1,5 @@
 // A driver command allocates nothing on its way to the kernel when tracing is
-// off: the command is formatted into a local buffer and sent with one ioctl.
+// off.
 #include <gtest/gtest.h>
 
 #include "Kernel/Kernel.h"
@@ -14,8 +14,7 @@ namespace {
 
 int gIoctls = 0;
 
-// A driver that refuses every request, as cheaply as possible: the library's
-// work around the call is all that allocates, if anything does.
+// A driver that refuses every request, allocating nothing itself.
 Kernel::Ops refusingDriver() {
   Kernel::Ops ops = Kernel::linuxOps();
   ops.open = [](const char*, int) { return 1 << 24; };
@@ -50,7 +49,6 @@ TEST(CommandAllocation, DeviceCommandsAllocateNothingWithTracingOff) {
 
 TEST(CommandAllocation, CounterSeesAllocations) {
   VornTest::AllocationScope scope;
-  // Past the 15 characters a string holds inline: one shared buffer.
   Mox::String s("a name longer than fifteen");
   EXPECT_EQ(scope.count(), 1u);
 }

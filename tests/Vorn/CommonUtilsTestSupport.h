@@ -1,5 +1,4 @@
-// What the VornCommonUtils tests share: the texts a failed assertion prints,
-// as death-test patterns.
+// The texts a failed assertion prints, as death-test patterns.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -1,6 +1,4 @@
-// The egress buffering state machine as an entity: its one-time work under
-// the redundancy gate, its parameters, generic access and construction, and
-// its traces.
+// The egress buffering state machine as an entity.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -23,9 +21,7 @@ using VornTest::smAssertion;
 
 namespace {
 
-// Outside mode 5 (active) nothing is published, but the machine is
-// initialized; in mode 5 both profiles are, with one version step. A system
-// without revisions cannot be bounded; a second run ends the process.
+// Only in mode 5 (active) is anything published, with one version step.
 CATALOGUE_TEST(EgressBufferingSmDeathTest, PublishesOnceUnderTheRedundancyGate,
                "egressBufferingSmFactory", "EgressBufferingSm::EgressBufferingSm",
                "EgressBufferingSm::handleInitialized") {
@@ -44,8 +40,7 @@ CATALOGUE_TEST(EgressBufferingSmDeathTest, PublishesOnceUnderTheRedundancyGate,
   EXPECT_DEATH(none.build(), failedAssertion("vornStatus->supportedFapRevMajors() > 0"));
 }
 
-// A speed past the table ends the process. The front-panel arrays hold 11
-// entries, one per profile 5 to 15: nothing is written before or after them.
+// The front-panel arrays hold 11 entries, one per profile 5 to 15.
 CATALOGUE_TEST(EgressBufferingSmDeathTest, ReservedMcPdAndFrontPanelArrays,
                "EgressBufferingSm::reservedMcPdFromSpeed",
                "EgressBufferingSm::fillFrontPanelPortThresholds") {
@@ -62,8 +57,7 @@ CATALOGUE_TEST(EgressBufferingSmDeathTest, ReservedMcPdAndFrontPanelArrays,
   }
 }
 
-// Attributes 258 to 262 are read-only, 263 (initialized) a bool to read and
-// write, 264 to 267 operations; other ids are not attributes.
+// 258 to 262 are read-only, 263 (initialized) a bool, 264 to 267 operations.
 CATALOGUE_TEST(EgressBufferingSm, GenericAccessAnswersPerOperation, "EgressBufferingSm::attrGet",
                "EgressBufferingSm::attrSet", "EgressBufferingSm::attrCall") {
   EgressSystem sys({fapRevMajor3}, Redundancy::redundancyModeStandby);
@@ -90,8 +84,7 @@ CATALOGUE_TEST(EgressBufferingSm, GenericAccessAnswersPerOperation, "EgressBuffe
   const Mox::Value text[] = {Mox::String("40G")};
   EXPECT_EQ(sm->attrCall(267, text, out), Mox::AttrResult::notAllowed);
   EXPECT_EQ(sm->attrCall(267, {}, out), Mox::AttrResult::notAllowed);
-  // The generators run on request, whatever the mode; they leave the version
-  // to handleInitialized.
+  // The generators run on request, whatever the mode, and leave the version.
   EXPECT_EQ(sm->attrCall(265, {}, out), Mox::AttrResult::done);
   EXPECT_EQ(sys.thresholds(kP1)->egressProfiles().size(), 0u);
   EXPECT_EQ(sm->attrCall(266, speed, out), Mox::AttrResult::notAllowed);
@@ -105,7 +98,6 @@ CATALOGUE_TEST(EgressBufferingSm, GenericAccessAnswersPerOperation, "EgressBuffe
   EXPECT_TRUE(sys.status->version() == 1 && sm->initialized());
 }
 
-// Each argument must be of its type and none may be missing.
 CATALOGUE_TEST(EgressBufferingSm, BuiltFromGenericArguments, "EgressBufferingSm::moxNewFromArgs") {
   EgressSystem sys({fapRevMajor8});
   const Mox::TypeRecord* type = Mox::typeLookup("Hardware::Vorn::EgressBufferingSm");
@@ -140,8 +132,7 @@ TEST(EgressBufferingSm, TracesEntriesAndSummariesAtLevelEight) {
                   "totalMcDescriptors:329216",
                   "Reserved SP0 max values DB : 1200 PD : 12288",
                   "EgressBufferingSm::generateEgqConfigurations"));
-  // Per threshold profile: one opening line, then seven lines per EGQ profile.
-  // Profile 5 shares the 10G port count (12): 32768 / 12 = 2730 buffers.
+  // Per threshold profile one opening line, then seven per EGQ profile.
   ASSERT_EQ(level3.size(), 2u * (1 + 11 * 7));
   EXPECT_EQ(level3[0], "Calculating per profile and per queue thresholds in EGQ");
   EXPECT_THAT(std::vector<std::string>(level3.begin() + 1, level3.begin() + 8),

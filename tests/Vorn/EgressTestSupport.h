@@ -1,6 +1,4 @@
-// What the egress buffering tests share: the four objects the state machine
-// reads and writes, chip tables with chosen figures, and the assert-line
-// pattern of the state machine's assertions.
+// What the egress buffering tests share.
 #pragma once
 
 #include <initializer_list>
@@ -18,8 +16,7 @@ inline constexpr EgressBufThresholdsProfile kP0 = egressBufThresholdsProfile0;
 inline constexpr EgressBufThresholdsProfile kP1 = egressBufThresholdsProfile1;
 
 // The four objects of a state machine over a chip status that supports
-// exactly `revs` (1 and 2 Petra, 3 to 5 Arad, 6 to 9 Jericho); build()
-// constructs one over them.
+// exactly `revs`.
 struct EgressSystem {
   explicit EgressSystem(std::initializer_list<FapRevMajor> revs,
                         Redundancy::RedundancyMode mode = Redundancy::redundancyModeActive)
@@ -49,8 +46,7 @@ struct EgressSystem {
   Status::Ptr chips;
 };
 
-// Chip tables in which every revision has the same figures and every speed
-// of both threshold profiles the same port counts.
+// Chip tables with the same figures for every revision and speed.
 inline EgressChipTables uniformTables(U32 totalBuffers, U32 totalDescriptors, U32 maxReserved,
                                       U32 maxPerQueue, U8 ucPorts, U8 mcPorts) {
   EgressChipTables t = defaultEgressChipTables();
@@ -63,7 +59,6 @@ inline EgressChipTables uniformTables(U32 totalBuffers, U32 totalDescriptors, U3
   return t;
 }
 
-// The assert line of a state-machine assertion at `line`.
 inline std::string smAssertion(unsigned line, const std::string& cond) {
   return regexQuoted("Vorn/EgressBufferSm.cpp:" + std::to_string(line) + ": ") + ".*Assertion `" +
          regexQuoted(cond) + "' failed\\.";

@@ -1,6 +1,5 @@
 // The thresholds the egress buffering machine generates, in the cases the
-// shipped chip tables do not reach, and the shipped tables against what the
-// generator needs of them.
+// shipped chip tables do not reach, and the shipped tables themselves.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -59,8 +58,7 @@ TEST(CgmThresholds, TheTotalsAreTheSmallestOfTheProfilesRevisions) {
   EXPECT_EQ(thr->globalMcThresholds(), (EgressResource{0, 0x80000000}));
 }
 
-// Every revision, alone or with another, generates both profiles completely
-// from the shipped tables without a failed check.
+// Every revision, alone or with another, generates both profiles.
 TEST(EgressChipTables, EveryRevisionAndPairGenerates) {
   for (U32 a = 1; a <= 9; ++a) {
     for (U32 b = a; b <= 9; ++b) {
@@ -72,10 +70,8 @@ TEST(EgressChipTables, EveryRevisionAndPairGenerates) {
   }
 }
 
-// Configured parameters replace the defaults wherever they count: the SP0
-// reserve (eight classes' worth), the reserve of each class and of a speed
-// unit, the port's and the queue's multicast reserves, and the queues that may
-// fill (divided in full, published as its low byte).
+// Configured parameters replace the defaults wherever they count; the queues
+// that may fill divide in full and are published as their low byte.
 TEST(CgmThresholds, ConfiguredParametersReplaceTheDefaults) {
   ScopedEgressChipTables tables(uniformTables(6000, 12000, 20000, 4096, 12, 2));
   EgressSystem sys({fapRevMajor3, fapRevMajor8});
@@ -102,10 +98,8 @@ TEST(CgmThresholds, ConfiguredParametersReplaceTheDefaults) {
   EXPECT_EQ(t.queueMulticastDpSharedDescriptor(DropPrecedence(1)), 16u);  // 0.95 x 17
 }
 
-// vornctl's threshold tables pin the ratios of profiles 5 to 15; outside
-// them ports start flow control at half their discard threshold and queues at
-// 34 %. (16, "no profile", takes the queue ratio of the speed the type
-// library answered it for.)
+// Outside profiles 5 to 15 ports start flow control at half their discard
+// threshold and queues at 34 %.
 CATALOGUE_TEST(EgqThresholds, FlowControlRatiosOutsideTheFrontPanel,
                "getPortFlowControlToDiscardRatio", "getQueueFlowControlToDiscardRatio") {
   for (U32 prof : {4u, 17u, UINT_MAX}) {
@@ -115,7 +109,6 @@ CATALOGUE_TEST(EgqThresholds, FlowControlRatiosOutsideTheFrontPanel,
   }
 }
 
-// A machine that runs generateEgqConfigurations on chosen global limits.
 struct GlobalsSystem : EgressSystem {
   GlobalsSystem() : EgressSystem({fapRevMajor3, fapRevMajor8}, Redundancy::redundancyModeStandby) {
     sm = build();
@@ -131,8 +124,8 @@ struct GlobalsSystem : EgressSystem {
   EgressBufferingSm::Ptr sm;
 };
 
-// A port share at or below the queue reserve shares nothing; below it the
-// difference wraps. The descriptor side is clamped to 4096 per queue.
+// A port share at the queue reserve shares nothing; below it the difference
+// wraps.
 TEST(EgqThresholds, APortShareAtTheQueueReserveSharesNothing) {
   ScopedEgressChipTables tables(uniformTables(6000, 12000, 20000, 4096, 12, 1));
   GlobalsSystem sys;
@@ -147,12 +140,10 @@ TEST(EgqThresholds, APortShareAtTheQueueReserveSharesNothing) {
   }
 }
 
-// The last speed mapped to a profile decides its ports and reserve (the
-// shipped tables map one speed to a profile). Profiles 6 and 9 count 10G and
-// 40G ports whatever maps to them but keep their speed's reserve; 5 reserves
-// nothing and 8 nothing but its speed's reserve.
+// The last speed mapped to a profile decides its ports and reserve; 6 and 9
+// count 10G and 40G ports but keep their speed's reserve; 5 reserves nothing
+// and 8 nothing but its speed's reserve.
 TEST(EgqThresholds, SpeedsOfTheSpecialProfiles) {
-  // 3000 unicast buffers and descriptors, 12 ports of every speed without HOLB.
   EgressChipTables t = uniformTables(6000, 12000, 20000, 4096, 12, 2);
   t.egqProfileForSpeed[kP0][Interface::speed25Gbps] = 10;
   t.egqProfileForSpeed[kP0][Interface::speed40Gbps] = 10;
@@ -179,8 +170,8 @@ TEST(EgqThresholds, SpeedsOfTheSpecialProfiles) {
   EXPECT_EQ(sys.egq(kP1, 6).queueMulticastReservedDescriptor(), 320u);  // 25G came last
 }
 
-// 48 unicast buffers (or descriptors) over 16 ports: 3 per port, 1 per queue,
-// flow control 1.
+// 48 unicast buffers (or descriptors) over 16 ports: 1 per queue, flow
+// control 1.
 TEST(EgqThresholdsDeath, AQueueAtItsPortsFlowControlAborts) {
   {
     ScopedEgressChipTables tables(uniformTables(96, 1000, 20000, 4096, 16, 2));

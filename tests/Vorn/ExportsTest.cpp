@@ -1,5 +1,4 @@
-// libvorn.so's dynamic symbol table shows exactly the library's exported
-// names: every one of them, and nothing module-private.
+// libvorn.so's dynamic symbol table shows exactly the exported names.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -22,7 +21,6 @@ std::string exportedName(std::string sym) {
     what = sym.substr(0, f + 5);
     sym.erase(0, f + 5);
   }
-  // Cut the parameter list: the first '(' outside template brackets.
   int depth = 0;
   for (std::size_t i = 0; i < sym.size(); ++i) {
     if (sym[i] == '<') ++depth;

@@ -14,8 +14,6 @@ Wirl::EthAddr mac(const char* text) {
   return a;
 }
 
-// Only the low three bits of the last byte do not count; masking clears
-// exactly them.
 CATALOGUE_TEST(FhrpArad, ComparesAndMasksAllButTheLowThreeBits, "routerMacMsbsAreEqual",
                "maskAwayAradLsbOfMac") {
   EXPECT_TRUE(routerMacMsbsAreEqual(mac("02:00:00:00:00:08"), mac("02:00:00:00:00:0f")));

@@ -1,7 +1,5 @@
-// Every first-use path taken from several threads at once: the SAI answer,
-// the trace handles, the cached driver descriptor, ring message ids and the
-// singleton lookup. Run under ThreadSanitizer (the tsan preset) this is
-// where a data race in one-time initialisation would show.
+// Every first-use path taken from several threads at once; under
+// ThreadSanitizer a race in one-time initialisation shows here.
 #include <gtest/gtest.h>
 
 #include <atomic>

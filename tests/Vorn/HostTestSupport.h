@@ -1,5 +1,4 @@
-// Helpers of the host-device tests: captured tc command lines and SAI-mode
-// children.
+// Captured tc command lines and SAI-mode children.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,8 +12,7 @@
 
 namespace VornTest {
 
-// Records the command lines given to Zell::run for a scope and answers each
-// with `result` instead of running it.
+// Records the command lines given to Zell::run and answers `result`.
 class TcCapture {
  public:
   explicit TcCapture(int result = 0) : result_(result) { Zell::runnerIs(&TcCapture::run, this); }
@@ -34,8 +32,7 @@ class TcCapture {
   int result_;
 };
 
-// In a death-test child: notes a failed condition on standard error, where
-// the parent shows it, and remembers it for the exit code.
+// In a death-test child: a failed condition goes to standard error and `ok`.
 #define CHILD_CHECK(ok, cond)                                                 \
   do {                                                                        \
     if (!(cond)) {                                                            \
@@ -44,9 +41,8 @@ class TcCapture {
     }                                                                         \
   } while (0)
 
-// Runs `body` in a child process whose SAI mode is on (the answer of
-// saimode() is fixed per process at its first call); `body` returns whether
-// its checks held.
+// Runs `body`, which returns whether its checks held, in a child in SAI mode
+// (saimode() is fixed per process at its first call).
 #define EXPECT_IN_SAI_MODE(body)         \
   EXPECT_EXIT(                           \
       {                                  \

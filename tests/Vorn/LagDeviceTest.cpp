@@ -22,9 +22,7 @@ LagDevice sample() {
   return lag;
 }
 
-// Assignment copies every field into an independent record, also from
-// itself through an alias, from a record that shares its name's text, and
-// from the empty record.
+// Assignment copies every field into an independent record, also from itself.
 CATALOGUE_TEST(LagDevice, AssignmentCopiesEveryField, "LagDevice::operator=") {
   const LagDevice source = sample();
   LagDevice lag = lagDevice("po1", LagId(1), {{"et9", 9}}, {"Ethernet9"});
@@ -48,9 +46,7 @@ CATALOGUE_TEST(LagDevice, AssignmentCopiesEveryField, "LagDevice::operator=") {
   EXPECT_TRUE(lag.isEmpty());
 }
 
-// A config member added in place is the same as copy, add, store back; for a
-// LAG that is not there, nothing is made. (Replacing an entry whole is the
-// listing's, and checked with it.)
+// For a LAG that is not there, nothing is made.
 TEST(VornDmaLags, MemberConfigIsAddsInPlace) {
   VornDmaLags::Ptr table = vornDmaLagsFactory("vornDmaLags");
   table->lagDeviceIs(lagDevice("po10", LagId(2), {{"et2", 1}}));

@@ -1,8 +1,6 @@
 // The parser reads the driver's usual lines directly and falls back to the
-// exact reading otherwise. Both are checked against a reading built from the
-// C library's sscanf and strtol, on random listings around the bounds of the
-// direct readers (names of 15 and 16 characters, ids of four and five
-// digits, lines that end soon after a name's start, pieces that split lines).
+// exact reading otherwise; both against sscanf and strtol, on random listings
+// around the bounds of the direct readers.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -96,8 +94,7 @@ Result resultOf(const VornDmaLags& table, LineOutcome outcome) {
   return r;
 }
 
-// Random listings: mostly the driver's shapes, with the variations the
-// direct readers must hand to the exact reading.
+// Mostly the driver's shapes, with variations for the exact reading.
 class ListingMaker {
  public:
   std::vector<std::string> listing() {
@@ -128,8 +125,6 @@ class ListingMaker {
     static const char* const kHeaders[] = {"lags:", "ilags:", "lagconfigmap:"};
     return kHeaders[pick(0, 2)];
   }
-  // A member id: usually one to four plain digits, at times five or six, a
-  // sign, white space, rubbish after the digits, or nothing.
   std::string memberId() {
     const int kind = pick(0, 19);
     const std::string n = std::to_string(pick(0, 256));
@@ -144,8 +139,7 @@ class ListingMaker {
     return kind < 7 ? odd[kind] : n;
   }
   std::string memberName() {
-    // "et" and 0 to 16 more characters: 15 and 16 in all are the bound. At
-    // times a second "et" inside, or a token that does not start with "et".
+    // 15 and 16 characters in all are the bound.
     std::string name = "et" + text(pick(0, 16), "0123456789_/e");
     if (chance(5)) name = "x" + name;
     if (chance(5)) name = text(pick(1, 4), "ab9");
@@ -161,7 +155,6 @@ class ListingMaker {
       line += memberName();
       line += " " + memberId();
     }
-    // A member without an id, or a blank at the very end.
     if (chance(5)) line += " " + memberName();
     if (chance(5)) line += " ";
     return line;
@@ -169,8 +162,7 @@ class ListingMaker {
   std::string configLine() {
     int number = numbers_[pick(0, static_cast<int>(numbers_.size()) - 1)];
     if (chance(2)) number = 5000;  // no such LAG
-    // Names from a small pool, so that some come again and out of order;
-    // lengths around 15 and 16, and a few that start with 'p'.
+    // A small pool, so that names come again and out of order.
     static const char* const kPool[] = {
         "Ethernet1/1",      "Ethernet1/10", "Ethernet12/3", "Ethernet1024/15",
         "Ethernet1024/16x", "et7",          "po9",          "Ethernet3/1.4094"};
@@ -199,7 +191,6 @@ TEST(LagListingUsualShape, ReadsAsTheCLibraryDoesWhateverThePieces) {
     const Result expected = referenceRead(lines);
     SCOPED_TRACE(text);
 
-    // In one piece: the direct readers see whole lines.
     VornDmaLags whole("vornDmaLags");
     LagListingParser wholeParser(whole);
     wholeParser.feed(text);
@@ -208,7 +199,6 @@ TEST(LagListingUsualShape, ReadsAsTheCLibraryDoesWhateverThePieces) {
     ASSERT_EQ(one.text, expected.text);
     ASSERT_EQ(one.lags, expected.lags);
 
-    // In pieces of 1 to 40 characters: lines split anywhere.
     VornDmaLags pieces("vornDmaLags");
     LagListingParser piecesParser(pieces);
     for (std::size_t at = 0, size; at < text.size(); at += size) {
@@ -219,8 +209,7 @@ TEST(LagListingUsualShape, ReadsAsTheCLibraryDoesWhateverThePieces) {
     ASSERT_EQ(split.failure, expected.failure);
     ASSERT_EQ(split.lags, expected.lags);
 
-    // Line by line, each a view of a longer buffer: what follows a line
-    // must not be read.
+    // Line by line, each a view of a longer buffer.
     VornDmaLags byLine("vornDmaLags");
     LagListingParser lineParser(byLine);
     LineOutcome outcome;

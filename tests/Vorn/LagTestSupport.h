@@ -15,7 +15,8 @@ inline void PrintTo(const LagDevice& lag, std::ostream* os) {
   for (const auto& [name, member] : lag.lagMemberDevices())
     *os << ' ' << name << ':' << member.memberId() << (member.active() ? "+" : "");
   *os << " } config {";
-  for (const auto& [name, value] : lag.lagMemberConfigs()) *os << ' ' << name << (value ? "" : "=0");
+  for (const auto& [name, value] : lag.lagMemberConfigs())
+    *os << ' ' << name << (value ? "" : "=0");
   *os << " } " << lag.sysAggrPortId() << '/' << static_cast<unsigned>(lag.lagMode());
 }
 
@@ -38,7 +39,6 @@ inline Hardware::Vorn::LagDevice lagDevice(const char* name, Hardware::Vorn::Lag
   return lag;
 }
 
-// A table's contents, keyed by name, from records.
 inline Hardware::Vorn::VornDmaLags::LagDeviceMap lagTable(
     std::initializer_list<Hardware::Vorn::LagDevice> lags) {
   Hardware::Vorn::VornDmaLags::LagDeviceMap out;

@@ -1,5 +1,4 @@
-// The shape-rate readiness record: flags, change notifications, generic
-// access and construction.
+// The shape-rate readiness record.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -41,8 +40,6 @@ const Flag kFlags[] = {
      &ShapeRateSmState::isVornTmSubIntfSmReadyIs},
 };
 
-// Every flag false at the start; each setter changes only its flag and
-// notifies only on a change.
 CATALOGUE_TEST(ShapeRateSmState, EachSetterChangesOnlyItsFlagAndNotifiesOnlyOnChange,
                "shapeRateSmStateFactory", "ShapeRateSmState::ShapeRateSmState") {
   for (std::size_t i = 0; i < std::size(kFlags); ++i) {
@@ -62,8 +59,6 @@ CATALOGUE_TEST(ShapeRateSmState, EachSetterChangesOnlyItsFlagAndNotifiesOnlyOnCh
   }
 }
 
-// Only a bool sets a flag; a flag is not callable; other ids are not
-// attributes.
 CATALOGUE_TEST(ShapeRateSmState, GenericAccessCoversTheFourFlags, "ShapeRateSmState::attrGet",
                "ShapeRateSmState::attrSet", "ShapeRateSmState::attrCall") {
   auto state = shapeRateSmStateFactory("s");
@@ -85,8 +80,6 @@ CATALOGUE_TEST(ShapeRateSmState, GenericAccessCoversTheFourFlags, "ShapeRateSmSt
   }
 }
 
-// The type is registered at load and builds from one name, and from
-// nothing else.
 CATALOGUE_TEST(ShapeRateSmState, BuildsFromOneName, "ShapeRateSmState::moxNewFromArgs") {
   const Mox::TypeRecord* type = Mox::typeLookup("Hardware::Vorn::ShapeRateSmState");
   ASSERT_NE(type, nullptr);

@@ -1,6 +1,5 @@
-// CoPP defaults: the static class of every CPU system port, the supported
-// class types, and the policy rate conversions. A port or class type without
-// a row ends the process after its diagnostic.
+// CoPP defaults: the static class of CPU system ports, the supported class
+// types, and the policy rate conversions.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -34,8 +33,7 @@ const ExpectedClass kExpected[] = {
     {{2, 7}, "copp-system-default", 250, 2500, 1, 19, kBlank, kBlank, kBlank},
 };
 
-// A record whose every member is recognisable, so that members a class does
-// not write show.
+// Every member recognisable, so that members a class does not write show.
 const CoppStaticConfig kCaller = {"caller", 9001, 9002, 9003, Qos::ClassMapCpStaticType(9004),
                                   9005,     9006, 9007, 9008};
 
@@ -43,15 +41,12 @@ U32 expectedMember(long expected, U32 callers) {
   return expected == kBlank ? callers : static_cast<U32>(expected);
 }
 
-// Chooses the special CPU ports for a test and restores the platform's.
 class CoppDeathTest : public testing::Test {
  protected:
   void TearDown() override { SystemPhyPortId::specialCpuPortsIs(saved_); }
   const U64 saved_ = SystemPhyPortId::specialCpuPorts();
 };
 
-// `c` holds the class `e` over the caller's record; a special port's slot
-// is the one after its index.
 void expectClass(const ExpectedClass& e, const CoppStaticConfig& c, bool special) {
   EXPECT_EQ(c.className, e.name);
   EXPECT_EQ(c.bandwidth, e.bandwidth);
@@ -72,9 +67,8 @@ void expectPort(const ExpectedClass& e, U16 port, bool special) {
   expectClass(e, c, special);
 }
 
-// A special trap port gets the slot after the index the record holds: a
-// class without a special-port index takes the caller's (igmp: 9006). The
-// CPU TM ports never step.
+// A special trap port gets the slot after its index (the caller's where the
+// class has none); the CPU TM ports never step.
 CATALOGUE_TEST_F(CoppDeathTest, EveryPortGetsItsClassFieldByField, "doGetAradCoppClassParameters") {
   for (U64 special : {U64{0}, ~U64{0}}) {
     SystemPhyPortId::specialCpuPortsIs(special);
@@ -117,8 +111,7 @@ Qos::ClassAction::Ptr actionWith(std::optional<U32> shape, std::optional<U32> ba
   return a;
 }
 
-// A null action and an empty one read nothing; an action without its rate
-// object is a broken model and ends the process.
+// An action without its rate object is a broken model and ends the process.
 CATALOGUE_TEST(CoppRatesDeathTest, ClassActionRateReadsOnlyThePresentActions,
                "doGetClassActionRate") {
   using Rates = std::pair<U32, U32>;  // bandwidth, shape
@@ -142,8 +135,6 @@ CATALOGUE_TEST(CoppRatesDeathTest, ClassActionRateReadsOnlyThePresentActions,
                "Vorn/VornCommonCoppUtils.cpp:393" + noRate);
 }
 
-// The sentinels map to the hardware's values, everything else passes
-// through, U32's ends included.
 CATALOGUE_TEST(CoppRates, BandwidthAndShapeFallBackToTheClassAndMapSentinels,
                "doGetBandwidthAndShapeRate") {
   struct Case {

@@ -1,6 +1,5 @@
 // Chip variants and types, cores, linecard names, the system FAP mask and
-// threshold units. Values outside an enumeration's table end the process on
-// their assertion.
+// threshold units.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -14,8 +13,7 @@ using VornTest::failedAssertion;
 
 namespace {
 
-// A status in which FAP 7 has family `type` and major revision `rev`
-// (none where negative).
+// FAP 7 of family `type` and major revision `rev` (none where negative).
 Status::Ptr fap7(int type, int rev) {
   Status::Ptr status(new Status());
   if (type >= 0) status->fapType().is(FapId(7), static_cast<FapType>(type));
@@ -30,7 +28,6 @@ CATALOGUE_TEST(FapMaskTypeDeathTest, FollowsFamilyAndRevision, "getFapMaskType")
   for (const auto& [type, rev, mask] : rows)
     EXPECT_EQ(getFapMaskType(fap7(type, rev), FapId(7)), static_cast<FapMaskType>(mask))
         << "type " << type << " rev " << rev;
-  // Another FAP's entries do not count; the null FAP is unknown.
   EXPECT_EQ(getFapMaskType(fap7(2, 4), FapId(8)), fapMaskTypeNone_);
   EXPECT_EQ(getFapMaskType(fap7(2, 4), FapId()), fapMaskTypeNone_);
   EXPECT_DEATH(getFapMaskType(fap7(4, 1), FapId(7)), failedAssertion("0 && \"Invalid fapId\""));
@@ -60,14 +57,12 @@ CATALOGUE_TEST(LinecardName, OfInterfacesAndSlots, "intfIdToLinecardName", "slot
   for (const auto& [slot, want] : slots) EXPECT_EQ(slotIdToLinecardName(slot), want) << slot;
 }
 
-// The word may stand anywhere, but its length is dropped from the start; the
-// number before "/" is read as strtol reads it.
+// The word's length is dropped from the start wherever it stands.
 CATALOGUE_TEST(LinecardNameDeathTest, OfFapNames, "fapNameToLinecardName") {
   const std::pair<const char*, const char*> rows[] = {
       {"Fap12/0", "Linecard12"},     {"Jericho2", "FixedSystem"}, {"Fap/", "Linecard0"},
       {"Jericho-7/1", "Linecard-7"}, {"xyFap5/1", "Linecard0"},   {"9/Fap", "FixedSystem"}};
   for (const auto& [name, want] : rows) EXPECT_EQ(fapNameToLinecardName(name), want) << name;
-  // Case matters.
   EXPECT_DEATH(fapNameToLinecardName("fap1/0"), "^Failed\\(false\\) Incorrect fapName fap1/0\n.*" +
                                                     failedAssertion("\"false\" == nullptr"));
 }
@@ -75,7 +70,6 @@ CATALOGUE_TEST(LinecardNameDeathTest, OfFapNames, "fapNameToLinecardName") {
 CATALOGUE_TEST(SystemFapMask, HoldsEveryFapBelowTheCount, "maxFapsInSystemMask") {
   Status::Ptr status(new Status());
   const Regpath::Fapmask full(0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF);
-  // Id 128 is the null id and has no bit.
   const std::pair<U32, Regpath::Fapmask> rows[] = {{0, Regpath::Fapmask()},
                                                    {33, Regpath::Fapmask(0xFFFFFFFF, 1, 0, 0)},
                                                    {128, full},
@@ -84,13 +78,11 @@ CATALOGUE_TEST(SystemFapMask, HoldsEveryFapBelowTheCount, "maxFapsInSystemMask")
     status->maxFapsInSystemIs(count);
     EXPECT_EQ(maxFapsInSystemMask(status), want) << count;
   }
-  // Beyond 129 the walk stops at the first id the mask cannot hold.
   status->maxFapsInSystemIs(130);
   VornTest::expectRangeText([&] { maxFapsInSystemMask(status); },
                             "FapId::value < FapId::min or > FapId::null not allowed");
 }
 
-// Crosswise and scaled by unit; scaling wraps in 32 bits.
 CATALOGUE_TEST(ThresholdsInBytesDeathTest, AreCrosswiseAndScaledByUnit, "getThresholdsInBytes") {
   U32 a = 0, b = 0;
   const U32 scales[] = {1, 1000, 1000000, 1};  // bytes, kB, MB, packets

@@ -1,6 +1,4 @@
-// Interface-name helpers of the global namespace. Prefix tests compare the
-// first characters only and never read past a short name; numbers are read
-// as strtoul and strtol read them; bad text is a value, not an error.
+// Interface-name helpers of the global namespace.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -33,7 +31,6 @@ CATALOGUE_TEST(FloodSetDeathTest, IsTheVlanWithinOneTo4095, "vlanIdToFloodSet") 
                failedAssertion("vlanId <= Hardware::Vorn::MulticastId::vlanMulticastIdMax()"));
 }
 
-// Names shorter than, equal to and one past their prefix.
 CATALOGUE_TEST(PortChannelNames, PrefixTests, "isPortChannel", "isRoutedPort",
                "l3SecondHopPortChannel") {
   for (const char* name : {"po", "po12", "portal", "Port-Channel5", "L3SecondHopLAG3"})
@@ -57,7 +54,6 @@ CATALOGUE_TEST(PortChannelNames, Numbers, "portChannelId") {
   EXPECT_EQ(portChannelId("Port-Channel2147483647"), INT_MAX);
 }
 
-// Ids of every kind, and the empty id.
 CATALOGUE_TEST(IntfIds, ForwardingPlaneAndShortNames, "isForwardingPlaneInterface",
                "intfShortName") {
   for (const char* name : {"Ethernet3/1", "Port-Channel5.10", "Vlan4094", "Vxlan1", ""})
@@ -89,11 +85,9 @@ CATALOGUE_TEST(Mlag, OnlyPortChannelsInStateThree, "isIntfMlag") {
   EXPECT_TRUE(isIntfMlag(mlag, IntfId("Port-Channel5")));
   for (const char* name : {"Port-Channel6", "Port-Channel7", "Port-Channel8", "Ethernet3", ""})
     EXPECT_FALSE(isIntfMlag(mlag, IntfId(name))) << name;
-  // Ids that are not port-channels do not touch the status at all.
   EXPECT_FALSE(isIntfMlag(nullptr, IntfId("Ethernet3")) || isIntfMlag(nullptr, IntfId()));
 }
 
-// The cell name is formatted whole, format characters and all.
 CATALOGUE_TEST(CellDirectories, FormatTheCellName, "cellNameToMrouteXactConfigDirName",
                "cellNameToMrouteXactStatusDirName", "cellNameToMcastXactConfigDirName",
                "cellNameToMcastXactStatusDirName") {

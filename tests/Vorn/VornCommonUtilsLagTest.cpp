@@ -1,5 +1,4 @@
-// LAG identifier encodings. An id one past its type's null throws the type's
-// range exception; a family or mode outside the tables ends the process.
+// LAG identifier encodings.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -23,20 +22,17 @@ CATALOGUE_TEST(LagEncodingsDeathTest, SystemAggregatePortIds, "lagIdToSysAggrPor
     EXPECT_EQ(lagIdToSysAggrPortId(t, LagId()), 0x8400u);
     EXPECT_EQ(sysAggrPortIdToLagId(t, 0x83FF), LagId(1023));
     EXPECT_EQ(sysAggrPortIdToLagId(t, 0x8400), LagId());  // 1024 itself is the null id
-    // Without the marker: not an aggregate, whatever the rest.
     for (U32 notAggregate : {0u, 0x7FFFu, 0x10000u})
       EXPECT_EQ(sysAggrPortIdToLagId(t, notAggregate), LagId()) << notAggregate;
     for (U32 tooBig : {0x8401u, UINT_MAX})
       expectRangeText([&] { sysAggrPortIdToLagId(t, tooBig); }, kLagRange);
   }
-  // A family without an aggregate mask; the mask is read before the marker.
   EXPECT_DEATH(lagIdToSysAggrPortId(fapTypeUnknown_, LagId(1)), failedAssertion("false"));
   EXPECT_DEATH(sysAggrPortIdToLagId(static_cast<FapType>(4), 5), failedAssertion("false"));
 }
 
 CATALOGUE_TEST(LagEncodingsDeathTest, BitsOfEachMode, "lagIdBitsForMode", "memberIdBitsForMode",
                "maxMemberIdsForMode", "lagIdMaskForMode") {
-  // The LAG id and the member id share 14 bits.
   const U8 lagBits[] = {10, 10, 9, 8, 7, 6};
   for (FapType type : kFamilies) {
     for (U32 m = 0; m < 6; ++m) {
@@ -62,8 +58,7 @@ CATALOGUE_TEST(LagEncodings, DestinationsKeepTheLowLagIdBits, "lagDestIdToSysAgg
   EXPECT_EQ(lagDestIdToSysAggrPortId(fapTypeJericho, lagMode5, dest), 0x803Fu);
 }
 
-// A LAG choice takes the LAG id unchecked; a plain one the destination,
-// checked against its range.
+// A LAG choice takes the LAG id unchecked; a plain one its checked destination.
 CATALOGUE_TEST(LagEncodings, ChoicesToDestinations, "lagToDestination") {
   LagDestinationId lag;
   lag.destination = 99;  // ignored for a LAG choice

@@ -1,6 +1,5 @@
-// The FAP revisions present and the bounds of per-revision quantities. A
-// filter that matches nothing gives the loop's start value (0 for a maximum,
-// 0xFFFFFFFF for a minimum); a null list is empty.
+// The FAP revisions present and the bounds of per-revision quantities; a
+// filter that matches nothing gives the loop's start value.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -36,10 +35,6 @@ Status::Ptr mixedSystem() {
   return status;
 }
 
-std::vector<std::pair<FapRevMajor, FapType>> entries(const FapRevMajorList::PtrConst& list) {
-  return {list->begin(), list->end()};
-}
-
 U32 tenTimes(FapRevMajor rev) {
   return 10 * rev;
 }
@@ -47,16 +42,14 @@ U32 tenTimes(FapRevMajor rev) {
 CATALOGUE_TEST(SupportedRevisions, FilteredByFamilyInAscendingOrder, "supportedFapRevMajors") {
   VornTest::TraceCapture trace({"VornCommonUtils"});
   Status::PtrConst status = mixedSystem();
-  EXPECT_THAT(entries(supportedFapRevMajors(status, fapTypeJericho)),
+  const FapRevMajorList::PtrConst jericho = supportedFapRevMajors(status, fapTypeJericho);
+  EXPECT_THAT(std::vector(jericho->begin(), jericho->end()),
               ElementsAre(Pair(fapRevMajor6, fapTypeJericho), Pair(fapRevMajor8, fapTypeJericho)));
   EXPECT_EQ(supportedFapRevMajors(status, fapTypeUnknown_)->size(), 5u);
   EXPECT_EQ(supportedFapRevMajors(status, kNoFamily)->size(), 0u);
   EXPECT_EQ(trace.texts().front(), "Returning FapRevMajorList of type3");
 }
 
-// A family with two revisions, or none, has no one revision; a family
-// without revisions is bounded by the start values; without any revision
-// the system cannot be bounded.
 CATALOGUE_TEST(SupportedRevisionsDeathTest, TheOneRevisionAndTheBoundsOfAFamily,
                "maybeGetFapRevMajorFromFapType", "maxForFapRevMajors", "minForFapRevMajors",
                "minForFapRevMajorsPerEgrThreshProf") {
@@ -64,7 +57,6 @@ CATALOGUE_TEST(SupportedRevisionsDeathTest, TheOneRevisionAndTheBoundsOfAFamily,
   EXPECT_EQ(maybeGetFapRevMajorFromFapType(status, fapTypeArad), fapRevMajor3);
   EXPECT_EQ(maybeGetFapRevMajorFromFapType(status, fapTypePetra), fapRevMajorUnknown_);
   EXPECT_EQ(maybeGetFapRevMajorFromFapType(status, kNoFamily), fapRevMajorUnknown_);
-  // Bounds over the status's revisions of a family, or of all.
   EXPECT_EQ(maxForFapRevMajors(status, fapTypePetra, tenTimes), 20u);
   EXPECT_EQ(minForFapRevMajors(status, fapTypeJericho, tenTimes), 60u);
   EXPECT_EQ(minForFapRevMajorsPerEgrThreshProf(kP1, status, fapTypeUnknown_, tenTimes), 80u);
@@ -88,7 +80,6 @@ CATALOGUE_TEST(RevisionLoops, MaxAndMinOverTheList, "fapRevMajorLoopMax", "fapRe
   };
   EXPECT_EQ(fapRevMajorLoopMax(list, record), 97u);
   EXPECT_EQ(fapRevMajorLoopMin(list, record), 91u);
-  // Per threshold profile only the profile's revisions are asked.
   seen.clear();
   EXPECT_EQ(fapRevMajorLoopMinPerEgrThreshProf(kP0, list, record), 95u);
   EXPECT_EQ(fapRevMajorLoopMinPerEgrThreshProf(kP1, list, record), 91u);

@@ -46,9 +46,6 @@ CATALOGUE_TEST(SubIntfKindsDeathTest, EthernetAndLag, "isEthSubIntf", "isLagSubI
                failedAssertion("Wirl::SubIntfId::isSubIntfId( subIntfId )"));
 }
 
-// Port-Channel5 of Ethernet3 and Ethernet4 (configured), Port-Channel6 of
-// Ethernet7; the port status says Ethernet4 carries Port-Channel5.100 and
-// Ethernet7 carries Port-Channel6.200; Port-Channel5.100 exists.
 class LagSubIntfs : public testing::Test {
  protected:
   LagSubIntfs() {
@@ -94,7 +91,6 @@ CATALOGUE_TEST_F(LagSubIntfs, LagSideFromThePortStatusOrConfiguration,
   EXPECT_EQ(trace.texts().front(),
             "obtainLagSubIntfIdFromMemberSubIntfId memberSubIntfId:Ethernet4.100 mustExist:0 "
             "useConfig:0");
-  // Without the object the mode reads, nothing is found.
   EXPECT_EQ(obtainLagSubIntfIdFromMemberSubIntfId(config, subIntfs, nullptr,
                                                   IntfId("Ethernet4.100"), false, false),
             IntfId());
@@ -105,11 +101,9 @@ CATALOGUE_TEST_F(LagSubIntfs, LagSideFromThePortStatusOrConfiguration,
 
 CATALOGUE_TEST_F(LagSubIntfs, MemberSideFromTheConfigurationOrPortStatus,
                  "obtainMemberSubIntfIdFromLagSubIntfId") {
-  // The first member in the configuration's order: Ethernet3 before Ethernet4.
   EXPECT_EQ(memberOf("Port-Channel5.100", true), IntfId("Ethernet3.100"));
   EXPECT_EQ(memberOf("Port-Channel8.100", true), IntfId());
   EXPECT_EQ(memberOf("Port-Channel8", true), IntfId());
-  // A plain port-channel has no sub-interface number to carry over.
   EXPECT_THROW(memberOf("Port-Channel5", true), Wirl::InvalidIntfName);
   EXPECT_EQ(obtainMemberSubIntfIdFromLagSubIntfId(nullptr, ports, IntfId("Port-Channel5.1"), true),
             IntfId());

@@ -1,5 +1,4 @@
-// Cores, TCAMs, linecard slots, slices and CPU TM ports. An id past its
-// type's null throws the type's range exception; "not there" is the null id.
+// Cores, TCAMs, linecard slots, slices and CPU TM ports.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -30,10 +29,8 @@ CATALOGUE_TEST(Cores, SystemCoreFromTheFapsBase, "systemCoreId") {
   EXPECT_EQ(systemCoreId(status, FapId(2), LocalCoreId(1)), SystemCoreId(5));
   EXPECT_EQ(systemCoreId(status, FapId(3), LocalCoreId(1)), SystemCoreId(2048));
   expectRangeText([&] { systemCoreId(status, FapId(3), LocalCoreId(2)); }, kCoreRange);
-  // An unknown FAP counts from the null id.
   EXPECT_EQ(systemCoreId(status, FapId(9), LocalCoreId(0)), SystemCoreId());
   expectRangeText([&] { systemCoreId(status, FapId(9), LocalCoreId(1)); }, kCoreRange);
-  // The null core counts as 4.
   status->fapIdToBaseSystemCoreId().is(FapId(1), SystemCoreId(2044));
   EXPECT_EQ(systemCoreId(status, FapId(1), LocalCoreId()), SystemCoreId(2048));
 }
@@ -51,7 +48,6 @@ CATALOGUE_TEST(TcamsDeathTest, LocalTcamOfACoreByRevision, "fapLocalCoreIdToLoca
       EXPECT_EQ(fapLocalCoreIdToLocalTcamId(status, FapId(1), LocalCoreId()), LocalTcamId());
     }
   }
-  // A FAP without a revision has one TCAM.
   EXPECT_EQ(fapLocalCoreIdToLocalTcamId(status, FapId(2), LocalCoreId(3)), LocalTcamId(0));
   status->fapRevision().is(FapId(3), {static_cast<FapRevMajor>(10), 0});
   status->fapType().is(FapId(3), fapTypeArad);
@@ -60,8 +56,7 @@ CATALOGUE_TEST(TcamsDeathTest, LocalTcamOfACoreByRevision, "fapLocalCoreIdToLoca
                    failedAssertion("\"0\" == nullptr"));
 }
 
-// System TCAM ids are TCAM-major: local TCAM x FAPs + FAP. Four FAPs: 0 and
-// 1 of revision 6 (a TCAM per core, two cores), 2 and 3 of revision 3 (one).
+// System TCAM ids are TCAM-major: local TCAM x FAPs + FAP.
 CATALOGUE_TEST(TcamsDeathTest, SystemTcamIds, "fapLocalTcamIdToSystemTcamId",
                "fapLocalCoreIdToSystemTcamId", "systemTcamIdToFapId", "systemTcamIdToLocalCoreId",
                "tcamIdToFapmask") {
@@ -86,11 +81,9 @@ CATALOGUE_TEST(TcamsDeathTest, SystemTcamIds, "fapLocalTcamIdToSystemTcamId",
   EXPECT_THAT(seen, ElementsAre(0, 1, 2, 3, 4, 5));
   EXPECT_EQ(fapLocalCoreIdToSystemTcamId(status, FapId(0), LocalCoreId(1)), SystemTcamId(4));
   EXPECT_EQ(fapLocalTcamIdToSystemTcamId(status, FapId(), LocalTcamId(0)), SystemTcamId());
-  // The all-TCAMs id.
   EXPECT_EQ(systemTcamIdToFapId(status, SystemTcamId(2046)), FapId(2046));
   EXPECT_EQ(systemTcamIdToLocalCoreId(status, SystemTcamId(2046)), LocalCoreId(3));
   EXPECT_EQ(tcamIdToFapmask(status, SystemTcamId(2046)), Regpath::Fapmask(0xF, 0, 0, 0));
-  // Ids at and past the system's count, and the null id.
   const std::string past =
       "^Failed\\(tcamId\\.value\\(\\) < vornStatus->maxTcamsInSystem\\(\\)\\) Invalid value 8\n.*" +
       failedAssertion("\"tcamId.value() < vornStatus->maxTcamsInSystem()\" == nullptr");
@@ -135,7 +128,6 @@ CATALOGUE_TEST_F(SlotsDeathTest, ZeroBasedFirstFapAndFirstCore, "zeroBasedSlotId
   status->maxFapsPerSlotIs(300);
   EXPECT_EQ(firstFapId(status, Fru::SlotId(9)), FapId(1800));
   expectRangeText([&] { firstFapId(status, Fru::SlotId(10)); }, kFapRange);  // 7 x 300
-  // Empty blocks, and a missing FRU configuration, end the process.
   status->maxFapsPerSlotIs(0);
   status->maxCoresPerSlotIs(0);
   EXPECT_EQ(firstFapId(status, Fru::SlotId(2)), FapId());  // outside: not asked
@@ -152,7 +144,6 @@ CATALOGUE_TEST(Slices, NameAndRevisionOfASlice, "fapIdToSliceName", "sliceFapRev
   status->fapName().is(FapId(2), "Arad0");
   EXPECT_EQ(fapIdToSliceName(status, FapId(1)), "Linecard3");
   EXPECT_EQ(fapIdToSliceName(status, FapId(2)), "FixedSystem");
-  // The revision of the slice's first FAP.
   Regpath::Fapmask mask;
   mask.fapIdIs(Regpath::FapId(9), true);
   mask.fapIdIs(Regpath::FapId(5), true);
@@ -167,9 +158,6 @@ CATALOGUE_TEST(Slices, NameAndRevisionOfASlice, "fapIdToSliceName", "sliceFapRev
   EXPECT_EQ(sliceFapRev(status, "Linecard3"), FapRevision());  // first FAP without one
 }
 
-// FAP port 0 and 133 to 137 are the CPU TM ports, n from 0 to 5 (vornctl's
-// "id cpu-tm" table pins the n-th of each); the system port of a FAP port
-// is the n-th one's.
 CATALOGUE_TEST(CpuTmPortsDeathTest, PairUp, "getCpuTmSystemPhyPortId", "nthCpuTmFapPortId",
                "nthCpuTmSystemPhyPortId") {
   for (U16 n = 0; n < Constants::numCpuTms(); ++n)

@@ -21,22 +21,12 @@
 
 using namespace Hardware::Vorn;
 using testing::ElementsAre;
+using VornTest::noDriverOps;
 using VornTest::ScopedEnv;
 
 namespace {
 
-// A kernel table on which nothing can be opened: no driver is loaded.
-Kernel::Ops noDriverOps() {
-  Kernel::Ops ops = Kernel::linuxOps();
-  ops.open = [](const char*, int) {
-    errno = ENOENT;
-    return -1;
-  };
-  return ops;
-}
-
-// The answer is the positive errno of the refusal, also left in errno; a
-// size other than the command's is refused like the driver refuses it.
+// The answer is the refusal's errno, also left in errno.
 CATALOGUE_TEST(CommandChannel, AnswersArePositiveErrnos, "fab_ioctl") {
   Emu::FabricDriver driver;
   driver.pciDevicePresentIs("0000:03:00.0");
@@ -52,9 +42,8 @@ CATALOGUE_TEST(CommandChannel, AnswersArePositiveErrnos, "fab_ioctl") {
   EXPECT_EQ(errno, EINVAL);
 }
 
-// The statistics poll stays out of the ring (StatisticsPollTest checks where
-// the mark is found); a command function's message carries the text its
-// writer measured, cut at the buffer.
+// The statistics poll stays out of the ring; a command's message is cut at
+// the buffer.
 TEST(CommandChannel, RingTraceSkipsThePollAndCarriesTheWholeText) {
   Emu::FabricDriver driver;
   Ringlog::ScopedMemoryFile ring;
@@ -82,9 +71,8 @@ TEST(CommandChannelDeathTest, UnopenableDeviceEndsTheProcessThroughSyserr) {
       "^fab_ioctl: open /dev/fabric: No such file or directory" VORN_ABORT_END);
 }
 
-// With a driver both probes answer yes; without one, in simulation (even an
-// empty SIMULATION_VMID) the /proc probe still answers yes, but the fabric
-// probe looks for the device.
+// Without a driver, in simulation (even an empty SIMULATION_VMID) only the
+// /proc probe answers yes.
 TEST(CommandChannel, ProbesAndTheSimulationSwitch) {
   {
     Emu::FabricDriver driver;
@@ -99,9 +87,8 @@ TEST(CommandChannel, ProbesAndTheSimulationSwitch) {
   EXPECT_FALSE(vornDmaDevFabricPresent());
 }
 
-// In simulation the commands answer success and send nothing, nor set up
-// host devices; the checks of raw transmit, sFlow rates and IRQ handles are
-// skipped too.
+// In simulation the commands answer success and send nothing; the checks of
+// raw transmit, sFlow rates and IRQ handles are skipped too.
 TEST(CommandChannel, SimulationTouchesNothing) {
   Emu::FabricDriver driver;
   VornTest::TcCapture tc;
@@ -160,8 +147,7 @@ TEST(CommandChannel, SimulationTouchesNothing) {
   EXPECT_THAT(tc.lines(), testing::IsEmpty());
 }
 
-// perror's rule for a null text: the error alone. (The other texts are the
-// refusals' death tests.)
+// perror's rule for a null text: the error alone.
 CATALOGUE_TEST(CommandChannelDeathTest, SyserrOfANullTextPrintsTheErrorAlone, "syserr") {
   EXPECT_EXIT(
       {
@@ -172,9 +158,7 @@ CATALOGUE_TEST(CommandChannelDeathTest, SyserrOfANullTextPrintsTheErrorAlone, "s
 }
 
 // Linux itself, except that "/dev/fabric" is the random device, which
-// refuses every request it does not know: the command path's own system call
-// (which leaves errno alone), not the emulator's table. The case runs in a
-// fresh child, so the descriptor is opened there.
+// refuses every request it does not know: the command path's own system call.
 Kernel::Ops refusingDeviceOps() {
   Kernel::Ops ops = Kernel::linuxOps();
   ops.open = [](const char* path, int flags) {
@@ -184,9 +168,7 @@ Kernel::Ops refusingDeviceOps() {
   return ops;
 }
 
-// The error number the random device answers a command with: EINVAL from
-// Linux; ENOSYS where 32-bit programs run under qemu's user-mode emulator,
-// which answers requests it does not know without asking the kernel.
+// EINVAL from Linux; ENOSYS under qemu's user-mode emulator (32-bit runs).
 int randomDeviceRefusal() {
   const int fd = ::open("/dev/urandom", O_RDWR);
   char buf[kCommandSize] = "devstate fap0 up";
@@ -195,8 +177,8 @@ int randomDeviceRefusal() {
   return rc;
 }
 
-// fab_ioctl leaves the number in errno as after ioctl (the child exits if it
-// does not); a refusal that ends the process prints the refusal's text.
+// fab_ioctl leaves the number in errno as ioctl does; a refusal that ends
+// the process prints the refusal's text.
 TEST(CommandChannelDeathTest, RefusalsOnTheSystemCallPathKeepTheirErrorText) {
   static const Kernel::Ops ops = refusingDeviceOps();
   const int refused = randomDeviceRefusal();
@@ -214,8 +196,7 @@ TEST(CommandChannelDeathTest, RefusalsOnTheSystemCallPathKeepTheirErrorText) {
       "^mpcmode on: " + std::string(std::strerror(refused)) + VORN_ABORT_END);
 }
 
-// Exactly "sai" is SAI mode, read once per process: each value is tried in
-// a child of its own, which also checks that a later change is not seen.
+// Exactly "sai" is SAI mode, read once per process: a child per value.
 CATALOGUE_TEST(CommandChannelDeathTest, SaiModeIsExactlySaiReadOnce, "saimode") {
   const std::pair<const char*, bool> cases[] = {
       {nullptr, false}, {"sai", true}, {"sa", false}, {"saix", false}, {"SAI", false}};

@@ -55,7 +55,6 @@ std::string whyNoRealHostDevices() {
   return kWhy[WEXITSTATUS(status)];
 }
 
-// The root qdisc of `name` as tc shows it.
 std::string rootQdisc(const char* name) {
   std::string cmd = std::string(kTc) + " qdisc show dev " + name;
   std::string out;
@@ -67,8 +66,7 @@ std::string rootQdisc(const char* name) {
   return out;
 }
 
-// The child's part: everything in a network namespace of its own. Returns
-// whether every check held; failures are written to standard error.
+// The child's part; failures are written to standard error.
 bool portsInOwnNamespace() {
   bool ok = true;
   CHILD_CHECK(ok, enterOwnNetworkNamespace() == 0);
@@ -76,8 +74,7 @@ bool portsInOwnNamespace() {
   Emu::FabricDriver driver;
   driver.realHostDevicesIs(true);
 
-  // The real tc: its exit status is the answer. Whether this kernel has
-  // the prio qdisc decides which one.
+  // The real tc's exit status is the answer: 0 where the kernel has prio.
   int rc = vornDmaIfadd("et1", 5, 0, "", false, false, "02:00:00:aa:bb:cc");
   const int sock = socket(AF_INET, SOCK_DGRAM, 0);  // the kernel's view, through our own socket
   ifreq req{};

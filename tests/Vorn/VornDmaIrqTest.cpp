@@ -36,8 +36,7 @@ class IrqAffinityMask : public testing::Test {
  protected:
   void SetUp() override { Mox::singletonDel<SystemLimits>(); }
   void TearDown() override { Mox::singletonDel<SystemLimits>(); }
-  // A machine of `cpus` CPUs whose CPU 1 has the sibling list `siblings`, in
-  // a chassis with linecard slots min..max.
+  // CPU 1 has the sibling list `siblings`; linecard slots are min..max.
   void machineIs(long cpus, const char* siblings, U32 min, U32 max) {
     sys.onlineCpusIs(cpus);
     sys.fileIs(kSiblings, siblings);
@@ -46,12 +45,9 @@ class IrqAffinityMask : public testing::Test {
   SysRoot sys;
 };
 
-// One CPU is CPU 0, without reading the topology. Two CPUs always use CPU
-// 1. A chassis of more than four slots serves its upper half (from min +
-// count / 2) from a CPU that does not share CPU 1's core: CPU 3 where CPUs 1
-// and 2 are siblings, else CPU 2; back to CPU 1 without such a CPU. Above 32
-// CPUs the siblings are not looked at; only 16 bytes of their text are read,
-// as hexadecimal.
+// A chassis of more than four slots serves its upper half (from min + count
+// / 2) from a CPU that does not share CPU 1's core; above 32 CPUs the siblings
+// are not looked at; 16 bytes of their text are read, as hexadecimal.
 CATALOGUE_TEST_F(IrqAffinityMask, MaskOfEachSlot, "getIrqAffinityMask") {
   const struct {
     long cpus;
@@ -81,8 +77,7 @@ CATALOGUE_TEST_F(IrqAffinityMask, MaskOfEachSlot, "getIrqAffinityMask") {
         << r.cpus << " CPUs, siblings " << r.siblings << " slots " << r.min << ".." << r.max
         << " slot " << r.slot;
   }
-  // A sibling list that is no number (no match, or the end of the text) ends
-  // the process.
+  // A sibling list that is no number ends the process.
   for (const char* garbage : {"zz\n", "\n"}) {
     machineIs(8, garbage, 1, 16);
     EXPECT_DEATH(getIrqAffinityMask(16), "getIrqAffinityMask\\(U32\\): Assertion `rc == 1' failed")
@@ -107,8 +102,7 @@ TEST_F(IrqAffinityMask, UnreadableTopologyFallsBackToCpu0) {
 
 class IrqAffinitySet : public testing::Test {
  protected:
-  // An MSI directory with the regular files `irqs` and an empty affinity
-  // file for each.
+  // MSI entries `irqs`, each with an empty affinity file.
   void vectorsIs(const std::vector<int>& irqs) {
     sys.dirIs(kMsi);
     for (int irq : irqs) {
@@ -130,7 +124,6 @@ class IrqAffinitySet : public testing::Test {
 
 TEST_F(IrqAffinitySet, WritesTheMaskInHexToEveryRegularEntry) {
   vectorsIs({33, 34});
-  // Not vectors: a directory and a link.
   sys.dirIs(std::string(kMsi) + "/power");
   sys.symlinkIs(std::string(kMsi) + "/35", "33");
   sys.fileIs(affinityFile(35), "");
@@ -143,8 +136,6 @@ TEST_F(IrqAffinitySet, WritesTheMaskInHexToEveryRegularEntry) {
                                       "/proc/irq/33/smp_affinity rc 2"));
 }
 
-// Masks above 255 are refused untouched; a directory entry that is not a
-// number throws; a null handle ends the process.
 CATALOGUE_TEST_F(IrqAffinitySet, BadMasksEntriesAndHandles, "vornDmaSetIrqAffinity") {
   vectorsIs({33});
   TraceCapture trace;
@@ -177,7 +168,6 @@ TEST_F(IrqAffinitySet, FailedWriteKeepsTheVectorsSetBeforeIt) {
   vectorsIs({33, 34, 35});
   const std::vector<int> order = listed();
   ASSERT_EQ(order.size(), 3u);
-  // The second vector's file refuses writes.
   std::filesystem::remove(sys.path(affinityFile(order[1])));
   sys.symlinkIs(affinityFile(order[1]), "/dev/full");
   TraceCapture trace;

@@ -26,8 +26,6 @@ namespace {
 const Wirl::EthAddr kRouterMac(0x02, 0x1c, 0x73, 0x00, 0x00, 0x99);
 const Wirl::EthAddr kMask(0xff, 0xff, 0xff, 0xff, 0xff, 0x00);
 
-// One command of the family: how to call it, what it sends, and whether an
-// invalid-argument answer ends the process.
 struct Case {
   const char* keyword;
   const char* fn;
@@ -75,9 +73,8 @@ class L3 : public testing::Test {
   TcCapture tc;
 };
 
-// Each command as the driver reads it, after its entry message (a ring
-// message, or a trace line for ARP snooping, private VLANs and VLAN
-// routing); in simulation nothing is sent.
+// Each command after its entry message (a ring message or a trace line); in
+// simulation nothing is sent.
 CATALOGUE_TEST_F(L3, EachCommandIsSentAfterItsEntryMessage, "vornDmaVirtualMacSet",
                  "vornDmaIpAddrVirtualSet", "vornDmaIp6AddrVirtualSet", "vornDmaPeerRouterMacSet",
                  "vornDmaMlagSharedRouterMacIs", "vornDmaArpSnoopingVlan", "vornDmaPvlanMap",
@@ -107,9 +104,8 @@ CATALOGUE_TEST_F(L3, EachCommandIsSentAfterItsEntryMessage, "vornDmaVirtualMacSe
                                          "vornDmaVlanRoutingStatusvlanId=20 enabled=1"));
 }
 
-// Refusals are traced and returned, except that what the driver refuses as
-// invalid (a VLAN past 4095, say) means that the library sent something
-// wrong, and ends the process (but for the virtual cable).
+// Refusals are traced and returned, but an invalid argument ends the
+// process (except for the virtual cable).
 CATALOGUE_TEST_F(L3, RefusalsAreTracedAndInvalidArgumentEndsTheProcess, "vornDmaVirtualMacSet",
                  "vornDmaIpAddrVirtualSet", "vornDmaIp6AddrVirtualSet", "vornDmaPeerRouterMacSet",
                  "vornDmaMlagSharedRouterMacIs", "vornDmaArpSnoopingVlan", "vornDmaPvlanMap",
@@ -118,7 +114,6 @@ CATALOGUE_TEST_F(L3, RefusalsAreTracedAndInvalidArgumentEndsTheProcess, "vornDma
     TraceCapture trace;
     driver.answerNext(c.keyword, ENODEV);
     EXPECT_EQ(c.call(), unsigned{ENODEV}) << c.keyword;
-    // vlanroutingstatus writes "error=" where the others write "error".
     const char* label = std::string_view(c.keyword) == "vlanroutingstatus" ? " error= " : " error ";
     EXPECT_EQ(trace.lines().back().text,
               std::string(c.fn) + " cmd: " + c.sent + label + "No such device");

@@ -1,5 +1,4 @@
-// LAG commands against the emulated driver: the member add's retries, the
-// traces of refusals, bad input, the guards, and a round trip through the
+// LAG commands against the emulated driver, and a round trip through the
 // listing.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,6 +16,7 @@
 #include "Vorn/VornDma.h"
 #include "emu/FabricDriver.h"
 #include "support/Support.h"
+#include "tests/Vorn/HostTestSupport.h"
 
 using namespace Hardware::Vorn;
 using testing::ElementsAre;
@@ -43,8 +43,6 @@ Kernel::Ops recordingSleeps() {
   return ops;
 }
 
-// The ring messages that begin with `prefix` (the channel's own "fab_ioctl"
-// messages are left out that way).
 std::vector<std::string> ringMessages(const Ringlog::ScopedMemoryFile& ring, const char* prefix) {
   std::vector<std::string> out;
   for (const std::string& m : ring.messages())
@@ -59,13 +57,11 @@ class LagCommands : public testing::Test {
   ScopedEnv sim{"SIMULATION_VMID", std::nullopt};
   Kernel::Ops ops = recordingSleeps();
   Kernel::ScopedOps scoped{&ops};
-  // Installed over the recording table, to which it passes the sleeps.
-  Emu::FabricDriver driver;
+  Emu::FabricDriver driver;  // over the recording table
 };
 
 // A member whose netdevice is late (19) is retried ten times, 10 ms apart;
-// the result line is written after a retry, or on a refusal (17, already a
-// member: not retried); only a refusal is traced.
+// only a refusal is traced.
 TEST_F(LagCommands, MemberAddRetriesWhileTheMemberNetdeviceIsLate) {
   const struct {
     int late, want;
@@ -127,12 +123,10 @@ TEST_F(LagCommands, RefusalsOfTheOtherCommands) {
                   "vornDmaLagMemberConfigDel ifname=PortChannel3, membername=Ethernet9returned 2",
                   "vornDmaLagConfigDel lagname=PortChannel8",
                   "vornDmaLagConfigMapDel lagname=PortChannel8 returned 19"));
-  // One send each: only the member add retries.
-  EXPECT_EQ(driver.commands().size(), 5u);
+  EXPECT_EQ(driver.commands().size(), 5u);  // no retries
 }
 
-// The arguments are unsigned but go out as "%d", in the order mode,
-// parameter, FAP type; a refusal is traced and returned.
+// Unsigned arguments go out as "%d": mode, parameter, FAP type.
 CATALOGUE_TEST_F(LagCommands, LagModeIsPassedThroughAsSignedDecimal, "vornDmaSetLagMode") {
   TraceCapture trace;
   EXPECT_EQ(vornDmaSetLagMode(5, 4000000000u, fapTypeJericho), 0);
@@ -142,8 +136,6 @@ CATALOGUE_TEST_F(LagCommands, LagModeIsPassedThroughAsSignedDecimal, "vornDmaSet
               ElementsAre("vornDmaSetLagMode cmd: drvparams -1 0 -1 error Invalid argument"));
 }
 
-// Empty names, names beyond the buffer and member ids at the ends of an int
-// are sent as they are (cut at the buffer) and answered by the driver.
 CATALOGUE_TEST_F(LagCommands, MemberCommandsWithEmptyOverlongAndNegative, "vornDmaLagMemberAdd",
                  "vornDmaLagMemberDel", "vornDmaLagMemberConfigAdd", "vornDmaLagMemberConfigDel",
                  "vornDmaLagConfigMapDel") {
@@ -166,29 +158,25 @@ CATALOGUE_TEST_F(LagCommands, MemberCommandsWithEmptyOverlongAndNegative, "vornD
 }
 
 // In SAI mode the member commands send nothing, whatever their input; the
-// LAG mode is still sent. saimode() is fixed at its first call: a child.
+// LAG mode is still sent.
 CATALOGUE_TEST_F(LagCommands, SaiModeSkipsTheMemberCommandsButNotTheLagMode, "vornDmaLagMemberAdd",
                  "vornDmaLagMemberDel", "vornDmaLagMemberConfigAdd", "vornDmaLagMemberConfigDel",
                  "vornDmaLagConfigMapDel") {
-  EXPECT_EXIT(
-      {
-        ::setenv("KRIX_MODE", "sai", 1);
-        driver.lags().absentMembers["et1"] = 11;
-        bool ok = vornDmaLagMemberAdd("PortChannel3", "et1", -1) == 0 &&
-                  vornDmaLagMemberDel("", INT_MIN) == 0 && vornDmaLagMemberConfigAdd("", "") == 0 &&
-                  vornDmaLagMemberConfigDel("PortChannel3", "Ethernet1") == 0 &&
-                  vornDmaLagConfigMapDel("PortChannel3") == 0;
-        ok = ok && driver.commands().empty() && sleeps().empty();
-        ok = ok && vornDmaSetLagMode(1, 0, fapTypeArad) == 0 &&
-             driver.commands() == std::vector<std::string>{"drvparams 1 0 2"};
-        std::_Exit(ok ? 0 : 1);
-      },
-      testing::ExitedWithCode(0), "");
+  EXPECT_IN_SAI_MODE([&] {
+    driver.lags().absentMembers["et1"] = 11;
+    bool ok = vornDmaLagMemberAdd("PortChannel3", "et1", -1) == 0 &&
+              vornDmaLagMemberDel("", INT_MIN) == 0 && vornDmaLagMemberConfigAdd("", "") == 0 &&
+              vornDmaLagMemberConfigDel("PortChannel3", "Ethernet1") == 0 &&
+              vornDmaLagConfigMapDel("PortChannel3") == 0;
+    ok = ok && driver.commands().empty() && sleeps().empty();
+    return ok && vornDmaSetLagMode(1, 0, fapTypeArad) == 0 &&
+           driver.commands() == std::vector<std::string>{"drvparams 1 0 2"};
+  });
 }
 
 TEST_F(LagCommands, RoundTripThroughTheDriversListing) {
   ASSERT_EQ(vornDmaSetLagMode(0, 0, fapTypeArad), 0);
-  // LAG ids are handed out smallest free first, with a LAG's first member.
+  // LAG ids go smallest free first, with a LAG's first member.
   ASSERT_EQ(vornDmaLagMemberAdd("PortChannel3", "et1_1", 0), 0);  // id 0
   ASSERT_EQ(vornDmaLagMemberAdd("PortChannel3", "et2_1", 1), 0);
   ASSERT_EQ(vornDmaLagMemberAdd("PortChannel7", "et3_1", 0), 0);   // id 1

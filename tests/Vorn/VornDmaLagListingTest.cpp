@@ -35,8 +35,7 @@ Parsed parse(std::string_view text) {
   return p;
 }
 
-// Listings and what they give: the table, or the failure (range error or
-// failed assertion) and the table as it was before the failing line.
+// Listings and their tables, or the failure and the table before it.
 TEST(LagListing, ListingsAndTheirTables) {
   const std::string name63(dma::kConfigNameMax, 'x');
   const struct {
@@ -52,13 +51,11 @@ TEST(LagListing, ListingsAndTheirTables) {
        lagTable({lagDevice("po2", LagId(3))})},
       {"lags: \npo1\n", {}},                    // a header with a blank is no header...
       {"lags:\nlags: \n", {}, "matches == 3"},  // ...and inside a section a bad line
-      // LAG ids: none, up to 1024.
       {"lags:\npo7", lagTable({lagDevice("po7", LagId())})},
       {"lags:\npo7 1024", lagTable({lagDevice("po7", LagId(1024))})},
       {"lags:\npo1 1\npo7 1025", lagTable({lagDevice("po1", LagId(1))}), kLagIdRange},
       {"lags:\npo7 -1", {}, kLagIdRange},
-      // Member ids are checked on their low 16 bits (up to 256); a failing line
-      // is not stored.
+      // Member ids are checked on their low 16 bits.
       {"lags:\npo7 3 et1 65792", lagTable({lagDevice("po7", LagId(3), {{"et1", 256}})})},
       {"lags:\npo7 3 et1 257", {}, kMemberIdRange},
       // Member ids read as strtol reads them: none, empty, not a number, signs.
@@ -66,9 +63,7 @@ TEST(LagListing, ListingsAndTheirTables) {
       {"lags:\npo7 3 et1  5", lagTable({lagDevice("po7", LagId(3), {{"et1", 0}})})},
       {"lags:\npo7 3 et1 x9 et2 \t+12abc",
        lagTable({lagDevice("po7", LagId(3), {{"et1", 0}, {"et2", 12}})})},
-      // Members are found by searching "et"; an id token that begins with "et"
-      // is an id; text before the first "et" is skipped; the last of a name
-      // named twice counts.
+      // Members are found by searching "et"; the last of a name twice counts.
       {"lags:\npo4 2 xet1 5 Ethernet3 7",
        lagTable({lagDevice("po4", LagId(2), {{"et1", 5}, {"et3", 7}})})},
       {"lags:\npo4 2 et1 et2 et3 4",
@@ -91,8 +86,7 @@ TEST(LagListing, ListingsAndTheirTables) {
       {"lags:\npo3 5\net7 sys_port 40 : po3", lagTable({lagDevice("po3", LagId(5))}),
        "matches == 3"},
       {"lagconfigmap:\net7 sys_port 40: po3\n\nlags:\npo3 5\n", {}, "!!lagDevice"},
-      // The name stops after 63 characters; the rest then meets " sys_port",
-      // unless the 64th character starts "sys_port" itself.
+      // The name stops after 63 characters.
       {"lags:\npo1\n" + name63 + " sys_port 1: po1\n",
        lagTable({lagDevice("po1", LagId(), {}, {name63.c_str()})})},
       {"lags:\npo1\n" + name63 + "sys_port 1: po1\n",
@@ -111,7 +105,6 @@ TEST(LagListing, ListingsAndTheirTables) {
   }
 }
 
-// The member id reader against the C library's strtol at the edges of long.
 TEST(LagListing, MemberIdTextToLongAsStrtolReadsIt) {
   for (const std::string text :
        {"", "-", "+", " -0", "2147483648", "-2147483649", "9223372036854775807",

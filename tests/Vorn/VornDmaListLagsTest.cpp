@@ -1,5 +1,4 @@
-// vornDmaListLags: reading "/proc/vorn-dma" and the failure policy of the
-// listing (a range exception, or the end of the process).
+// vornDmaListLags: reading "/proc/vorn-dma" and its failures.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,10 +19,9 @@ using VornTest::ScopedEnv;
 
 namespace {
 
-// Its last line has no newline: it is read all the same.
+// The last line has no newline.
 constexpr const char kExample[] = "lags:\npo3 5 et1 0 et2 1\n\nlagconfigmap:\net7 sys_port 40: po3";
 
-// The C library's assert line of the reader's assertions.
 std::string assertionLine(const char* condition) {
   return std::string(
              "Vorn/VornDmaLags\\.cpp:[0-9]+: Hardware::Vorn::VornDmaLags::Ptr "
@@ -53,11 +51,7 @@ TEST_F(ListLags, UnopenableFileOrSimulationGivesAnEmptyTable) {
     EXPECT_THAT(vornDmaListLags()->lagDevices(), IsEmpty());
     EXPECT_EQ(file.opens, 0);
   }
-  Kernel::Ops ops = Kernel::linuxOps();
-  ops.open = [](const char*, int) {
-    errno = ENOENT;
-    return -1;
-  };
+  static const Kernel::Ops ops = VornTest::noDriverOps();
   Kernel::ScopedOps scoped(&ops);
   EXPECT_THAT(vornDmaListLags()->lagDevices(), IsEmpty());
 }
@@ -73,8 +67,6 @@ TEST_F(ListLags, IdsOutOfRangeThrowAndCloseTheFile) {
   EXPECT_EQ(file.closes, 1);
 }
 
-// A line inside a section that is neither kind (also as the unterminated last
-// line) and a config line before its LAG end the process.
 CATALOGUE_TEST_F(ListLags, MalformedListingsEndTheProcess, "vornDmaListLags") {
   const std::pair<std::string, const char*> cases[] = {
       {"lags:\npo3 5\nlags: \n", "matches == 3"},

@@ -1,5 +1,4 @@
-// QoS maps, traffic-class tables, PTP and VXLAN commands against the
-// emulated driver.
+// QoS maps, traffic-class tables, PTP and VXLAN commands.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -35,9 +34,7 @@ class Qos : public testing::Test {
   TcCapture tc;
 };
 
-// The largest values the driver takes are sent; a refusal means the library
-// sent something wrong and ends the process (the traced one shows its error
-// trace first, the untraced ones none).
+// A refusal means the library sent something wrong and ends the process.
 CATALOGUE_TEST_F(Qos, MapsAreSentAndRefusalsEndTheProcess, "vornDmaSetCosToTc", "vornDmaSetTcToCos",
                  "vornDmaSetDscpToTc") {
   EXPECT_EQ(vornDmaSetCosToTc(7, 7), 0u);
@@ -55,9 +52,8 @@ CATALOGUE_TEST_F(Qos, MapsAreSentAndRefusalsEndTheProcess, "vornDmaSetCosToTc", 
   Mox::traceHandle("VornDma").levelIs(0, false);
 }
 
-// One octal digit per class, class 0 last. Entries are not masked: 8 spills
-// into the next class, and from class 7 past the eight digits the driver
-// takes, which it refuses; that refusal is returned.
+// One octal digit per class, class 0 last, unmasked: 8 spills into the next
+// class, or past the eight digits the driver takes.
 CATALOGUE_TEST_F(Qos, TrafficClassTableIsOneOctalWordClassZeroLast, "vornDmaTcToVpriMapAdd") {
   TraceCapture trace;
   unsigned ascending[8] = {0, 1, 2, 3, 4, 5, 6, 7};
@@ -88,8 +84,7 @@ CATALOGUE_TEST_F(Qos, TableCommandsReturnMissingDeviceAndInvalidArgument, "vornD
                           "vornDmaTcToVpriMapUpdate cmd: tc_vpri_map_update et1 8 5 error Invalid "
                           "argument",
                           "vornDmaTcToVpriMapDel cmd: tc_vpri_map_del et9 error No such device"));
-  // Other refusals end the process; unlike add and update, delete does not
-  // tolerate an invalid argument.
+  // Unlike add and update, delete does not tolerate an invalid argument.
   EXPECT_EXIT(
       {
         driver.answerNext("tc_vpri_map_del", EINVAL);
@@ -110,14 +105,13 @@ CATALOGUE_TEST_F(Qos, PtpDropSwitchReturnsRefusals, "vornDmaSetPtpDropEventTxPkt
                                          "error Invalid argument"));
 }
 
-// They return nothing: a refusal is only traced.
 CATALOGUE_TEST_F(Qos, VxlanSettersAlwaysSendAndOnlyTrace, "vornDmaVniToVlanIs",
                  "vornDmaVtepLearnModeIs") {
   ScopedEnv on("SIMULATION_VMID", "1");
   TraceCapture trace;
   vornDmaVniToVlanIs(10010, 10);
   vornDmaVtepLearnModeIs(2);
-  vornDmaVniToVlanIs(1u << 24, 10);  // no such VNI: refused, traced, nothing else
+  vornDmaVniToVlanIs(1u << 24, 10);  // no such VNI
   vornDmaVtepLearnModeIs(UINT_MAX);
   EXPECT_THAT(driver.commands(),
               ElementsAre("vnitovlan 10010 10", "vtep_learn_mode 2", "vnitovlan 16777216 10",

@@ -1,5 +1,4 @@
-// sFlow counters and drop threshold against the emulated driver, and the
-// listing dump.
+// sFlow counters and drop threshold, and the listing dump.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -26,7 +25,6 @@ namespace {
 
 class Sflow : public testing::Test {
  protected:
-  // The threshold the driver holds after a rate change.
   U32 thresholdFor(U32 sampleRate, U32 hwSampleRate, bool dropEnabled = true) {
     driver.sflow().dropThreshold = 12345;
     vornDmaSflowSampleRateSet(sampleRate, hwSampleRate, dropEnabled, fapTypeArad);
@@ -37,8 +35,7 @@ class Sflow : public testing::Test {
   Emu::FabricDriver driver;
 };
 
-// The replies are read as strtoull reads them in base 10, and never past the
-// 128 bytes they came in; a refused read ends the process.
+// The replies are read as strtoull reads them, never past their 128 bytes.
 CATALOGUE_TEST_F(Sflow, CountersAreTheDriversDecimalReplies, "vornDmaRxSflowCount",
                  "vornDmaRxSflowDropCount") {
   const std::pair<std::string, U64> rows[] = {
@@ -61,8 +58,7 @@ CATALOGUE_TEST_F(Sflow, CountersAreTheDriversDecimalReplies, "vornDmaRxSflowCoun
       testing::KilledBySignal(SIGABRT), "vornDmaRxSflowDropCount read returned No such device");
 }
 
-// The share of samples to drop over 2^32-1, computed in 64 bits: the largest
-// rates neither overflow nor divide by zero.
+// The share of samples to drop over 2^32-1, computed in 64 bits.
 CATALOGUE_TEST_F(Sflow, DropThresholdIsTheShareToDropOver32Bits, "vornDmaSflowSampleRateSet") {
   const struct {
     U32 rate, hw;
@@ -76,14 +72,12 @@ CATALOGUE_TEST_F(Sflow, DropThresholdIsTheShareToDropOver32Bits, "vornDmaSflowSa
   for (const auto& r : rows)
     EXPECT_EQ(thresholdFor(r.rate, r.hw, r.drop), r.threshold) << r.rate << "/" << r.hw;
   EXPECT_EQ(driver.commands().front(), "sflow_drop_threshold 3221225471 2");
-  // A software rate below the hardware's ends the process.
   EXPECT_DEATH(vornDmaSflowSampleRateSet(4, 16, true, fapTypeArad),
                "vornDmaSflowSampleRateSet\\(U32, U32, bool, Hardware::Vorn::FapType\\): "
                "Assertion `sampleRate >= HwSampleRate' failed");
 }
 
-// Both commands trace what they send; a refusal is only traced, the rate
-// change's with " returned " where the others have " error ".
+// Both commands trace what they send; a refusal is only traced.
 CATALOGUE_TEST_F(Sflow, SendsAreTracedAndRefusalsOnlyTraced, "vornDmaDisableSflowDrops") {
   Ringlog::ScopedMemoryFile ring;
   TraceCapture trace;
@@ -118,7 +112,6 @@ TEST(Dump, CopiesTheListingToStandardError) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), listing);
 }
 
-// A listing that cannot be opened, or breaks off, is reported with perror.
 TEST(Dump, FailuresAreReportedWithThePath) {
   static bool opens = false;
   static int reads = 0;

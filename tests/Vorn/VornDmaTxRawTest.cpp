@@ -1,5 +1,4 @@
-// Raw transmit: the frame's layout, its limits, and what happens when the
-// socket calls fail (through a kernel table that plays the socket).
+// Raw transmit: the frame's layout, its limits, and failing socket calls.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <linux/if_packet.h>
@@ -40,8 +39,7 @@ Bytes frameOf(std::string_view name, U32 destId, const Bytes& data) {
 }
 
 // Name (64 bytes, cut at 63 characters and at its first NUL), type 0x0002,
-// destination id big-endian, two zero bytes, then the payload padded to 60;
-// nothing past 183 bytes of payload.
+// destination id big-endian, two zero bytes, the payload padded to 60.
 TEST(TxRawFrame, LayoutAndLengths) {
   Bytes f = frameOf("fap3", 0x01020304, payload(10));
   ASSERT_EQ(f.size(), 132u);
@@ -61,15 +59,14 @@ TEST(TxRawFrame, LayoutAndLengths) {
   EXPECT_EQ(Bytes(f.begin(), f.begin() + 5), (Bytes{'a', 'b', 0, 0, 0}));
 }
 
-// A kernel table whose AF_PACKET socket logs each call the library makes
-// ("name arguments;") and fails the one a test names, with EPERM in errno.
+// An AF_PACKET socket that logs each call ("name arguments;") and fails the
+// one a test names, with EPERM.
 struct FakePacketSocket {
   static constexpr int kFd = 4242;
   static inline std::string failing;  // "socket", "index", "bind" or "write"
   static inline std::string log;
   static inline Bytes written;
 
-  // Logs the call; true when it is the one that fails.
   static bool fails(const char* call, const std::string& arguments) {
     log += std::string(call) + " " + arguments + ";";
     errno = EPERM;
@@ -131,9 +128,8 @@ TEST_F(TxRaw, BindsToTheTxrawDeviceAndWritesOneFrame) {
   EXPECT_THAT(ring.messages(), ElementsAre("vornDmaTxRaw name=fap3, destId=16909060, len=10"));
 }
 
-// Failures are traced, not returned, and the socket is closed; without a
-// "txraw" device the socket is bound to no device. The later calls' traces
-// name their return value (-1), not errno.
+// Failures are traced, not returned; without a "txraw" device the socket is
+// bound to no device; the later traces name the return value, not errno.
 TEST_F(TxRaw, FailuresAreTracedNotReturned) {
   const struct {
     const char* failing;
@@ -158,9 +154,8 @@ TEST_F(TxRaw, FailuresAreTracedNotReturned) {
   }
 }
 
-// The payload is at most 183 bytes and the name at most 63 characters; one
-// more of either ends the process on its assertion, before the payload is
-// read.
+// One byte of payload past 183, or a character of name past 63, ends the
+// process.
 CATALOGUE_TEST_F(TxRaw, PayloadAndNameLimitsEndTheProcess, "vornDmaTxRaw") {
   send(std::string(63, 'n').c_str(), UINT_MAX, payload(183));
   const Bytes& written = FakePacketSocket::written;

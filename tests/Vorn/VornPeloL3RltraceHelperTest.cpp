@@ -7,7 +7,6 @@
 
 namespace {
 
-// The agent's name is taken as text, format characters and all.
 CATALOGUE_TEST(PeloL3Rltrace, OpensTheAgentsFileWithTheFacilitySize,
                "Vorn::setupPeloL3MiscRltrace") {
   const Pelo::RlogSizeSpec saved = Pelo::miscL3SizeSpec;

@@ -49,9 +49,8 @@ TEST(HostSockets, RequestsActOnTheEmulatedNetdevices) {
   EXPECT_EQ(errno, EBADF);
 }
 
-// A scripted request failure lasts as many requests as asked; a socket of
-// another kind is Linux's; an emulated socket outlives the driver it was
-// opened under.
+// Scripted failures last as many requests as asked; an emulated socket
+// outlives its driver.
 TEST(HostSockets, ScriptedFailuresOtherSocketsAndALaterDriver) {
   int sock;
   {

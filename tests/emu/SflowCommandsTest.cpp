@@ -9,8 +9,6 @@
 
 namespace {
 
-// Sends `text` in a buffer of `size` bytes; returns the answer and leaves the
-// buffer's reply in `reply`.
 int send(Emu::FabricDriver& d, const char* text, unsigned size, std::string* reply = nullptr) {
   std::string buf(size, '\0');
   std::strncpy(buf.data(), text, size - 1);

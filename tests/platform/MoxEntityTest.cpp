@@ -1,5 +1,4 @@
-// The framework's entity layer: type registry, generic values, generic
-// construction, allocation tracking, notifiee lists and directories.
+// The framework's entity layer.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,7 +12,6 @@ using testing::ElementsAre;
 
 namespace {
 
-// A small entity type defined and registered the way library units do it.
 class Lamp : public Mox::Entity {
  public:
   static constexpr Mox::AttrId kOn = 258;
@@ -53,8 +51,7 @@ struct Recorder : Mox::Notifiee {
 
 enum class Speed : U8 { speed10g = 4 };
 
-// A value answers only for its own kind: no conversions, and a pointer reads
-// back as any class its object is (a null pointer as any pointer type).
+// No conversions; a pointer reads back as any class its object is.
 TEST(MoxValue, AnswersOnlyForItsOwnKind) {
   EXPECT_EQ(Mox::Value(Speed::speed10g).as<Speed>(), Speed::speed10g);
   EXPECT_FALSE(Mox::Value(1).as<bool>());
@@ -70,8 +67,6 @@ TEST(MoxValue, AnswersOnlyForItsOwnKind) {
   EXPECT_EQ(lamp->references(), 2);
 }
 
-// The library's own types check that they are found and built; here, the
-// texts of the refusals and a name that is only a prefix of a type's.
 TEST(MoxType, RefusalsNameTheTypeAndTheArgument) {
   EXPECT_EQ(Mox::typeLookup("MoxTest::Lam"), nullptr);
   EXPECT_EQ(kLampType.attr("off"), nullptr);
@@ -107,8 +102,7 @@ TEST(MoxType, AllocationTrackerCountsLiveObjects) {
   EXPECT_EQ(Lamp::moxAllocTrackTypeInfo_.allocated, allocated + 1);
 }
 
-// An observer added twice is told once; one removed, also by another during
-// a visit, is not told afterwards.
+// An observer added twice is told once; one removed during a visit is not.
 TEST(MoxNotifiee, EveryObserverIsToldOnceOnChange) {
   Mox::Ptr<Lamp> lamp(new Lamp("hall"));
   Recorder r1, r2;
@@ -145,8 +139,6 @@ TEST(MoxDir, CreatesRegisteredEntitiesByNameOrRaises) {
                                                {"parent", parent},
                                                {"parentAttrName", Mox::Name("x")},
                                                {"entity", Mox::Name("a")}};
-  // The good attributes with the one at `index` replaced (or, past the end,
-  // one added).
   auto message = [&](std::size_t index, Mox::CreationAttr attr) -> std::string {
     std::vector<Mox::CreationAttr> attrs = good;
     if (index < attrs.size())

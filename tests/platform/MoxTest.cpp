@@ -1,5 +1,4 @@
-// The framework stand-ins the library leans on: strings, pointers, ordered
-// maps, trace handles and always-on assertions.
+// Framework strings, pointers, ordered maps, trace handles and assertions.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -51,10 +50,8 @@ TEST(MoxString, InlineUpToFifteenCharactersSharedFromSixteen) {
   assigned = sixteen;
   EXPECT_EQ(scope.count(), 1u);
   EXPECT_EQ(assigned.charPtr(), sixteen.charPtr());
-  // A cut of 15 characters is inline again, equal to the same text built directly.
   EXPECT_EQ(sixteen.substr(0, 15), fifteen);
 
-  // Assignments that cross the boundary both ways, to itself, and swaps.
   assigned = fifteen;  // shared released, inline again
   Mox::String& alias = assigned;
   assigned = alias;
@@ -70,7 +67,6 @@ TEST(MoxString, InlineUpToFifteenCharactersSharedFromSixteen) {
 }
 
 TEST(MoxString, BuiltFromBytesEqualsBuiltFromText) {
-  // Every length up to fifteen, with bytes that sort high and a NUL inside.
   const std::string text = std::string("et1024_15\xff\x80x\0yz", 15);
   for (std::size_t len = 0; len <= Mox::String::kShortMax; ++len) {
     Mox::String::Bytes bytes;
@@ -104,8 +100,6 @@ struct Counted : Mox::PtrInterface {
   int* alive;
 };
 
-// Pointers and long strings share one object between threads; the last
-// reference deletes it, once.
 TEST(MoxPtr, CopiesAcrossThreadsAndTheLastReferenceDeletes) {
   int alive = 0;
   const Mox::String shared(kSixteen + kSixteen);
@@ -157,13 +151,11 @@ TEST(MoxAssertDeathTest, FailsInEveryBuildTypeInTheCLibraryFormat) {
 
 TEST(MoxFlatMap, KeepsKeyOrderWhateverTheInsertionOrder) {
   Mox::FlatMap<Mox::String, int> map;
-  // Listing order of member ids is not name order: et1_10 sorts before et1_2.
   for (int id : {0, 1, 2, 10, 11, 3}) map.insert_or_assign(Mox::format("et1_%d", id), id);
   std::vector<std::string> names;
   for (const auto& [name, id] : map) names.push_back(name.stdString());
   EXPECT_THAT(names, testing::ElementsAre("et1_0", "et1_1", "et1_10", "et1_11", "et1_2", "et1_3"));
 
-  // Replacing keeps one entry per key, wherever the key sits.
   map.insert_or_assign("et1_10", 99);
   map.insert_or_assign("et1_3", 98);
   EXPECT_EQ(map.size(), 6u);
@@ -174,15 +166,12 @@ TEST(MoxFlatMap, KeepsKeyOrderWhateverTheInsertionOrder) {
   EXPECT_TRUE(map.erase("et1_0"));
   EXPECT_EQ(map.begin()->first, "et1_1");
 
-  // emplace_back appends in place for a builder that has its keys in order.
   map.emplace_back("et9", 9) = 8;
   EXPECT_EQ(std::prev(map.end())->second, 8);
 }
 
 TEST(MoxFlatMap, AssignBuildsWhatInsertingOneByOneBuilds) {
-  // Inputs in order, reversed, in a few ascending stretches (as a LAG line
-  // lists et1_0 .. et1_9 and then et1_10 ..), and at random with repeated
-  // keys; sizes on both sides of the positions kept on the stack.
+  // Sizes on both sides of the positions kept on the stack.
   std::mt19937 rng(7);
   std::vector<std::vector<std::pair<Mox::String, int>>> inputs;
   for (int n : {0, 1, 2, 16, 64, 65, 300}) {
@@ -197,8 +186,6 @@ TEST(MoxFlatMap, AssignBuildsWhatInsertingOneByOneBuilds) {
     inputs.push_back(random);
     inputs.push_back(stretches);
   }
-  // Equal keys side by side, apart, and at both ends; one key long enough to
-  // live on the heap.
   inputs.push_back({{"b", 1}, {"b", 2}, {"a", 3}, {"b", 4}, {"a", 5}});
   inputs.push_back({{"a", 1}, {"c", 2}, {"a", 3}, {"b", 4}, {"c", 5}});
   inputs.push_back({{"Ethernet1024/15.4094", 1}, {"a", 2}, {"Ethernet1024/15.4094", 3}});

@@ -1,5 +1,4 @@
-// The post-mortem ring trace: records, wrap-around, argument types, and a
-// file that survives the process that aborted while writing it.
+// The post-mortem ring trace.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -52,9 +51,8 @@ TEST(RingFile, WrapsAroundKeepingTheNewestRecordsInOrder) {
   EXPECT_EQ(got.back(), "n=" + std::to_string(slots * 2 + 2));
 }
 
-// RINGLOG writes a ring file's records in place; other callers hand the file
-// an argument array. Both must write the same record, also where the slot
-// cuts a string or drops the arguments that no longer fit.
+// Records written in place and from an argument array agree, also where the
+// slot cuts a string or drops arguments.
 TEST(RingFile, InPlaceAndArgumentArrayRecordsAgree) {
   std::string path = tempPath("agree");
   const std::string longText(300, 'z');
@@ -96,10 +94,8 @@ std::int64_t wallNow() {
   return static_cast<std::int64_t>(ts.tv_sec) * 1000000000 + ts.tv_nsec;
 }
 
-// A block is one record: its end writes the elapsed time into it. The times
-// are the writer's clock ticks, read back as wall time and nanoseconds. A
-// command's message shares its block's opening time only while nothing else
-// was written since the block opened; otherwise it reads the clock.
+// A block's end writes the elapsed time into its record; a message shares
+// its block's opening time only while nothing else was written since.
 TEST(RingFile, BlockTimesAndTheMessagesThatShareThem) {
   std::string path = tempPath("block");
   const std::int64_t before = wallNow();
@@ -145,8 +141,8 @@ TEST(RingFile, BlockTimesAndTheMessagesThatShareThem) {
       testing::MatchesRegex("[0-9-]+ [0-9:.]+ vornDmaIfdel ifname=et1 \\[took [0-9]+ ns\\]"));
 }
 
-// A block never closed (the process died in it) reads as still open; a block
-// outlived by the ring, its opening record gone, ends in a record of its own.
+// A block never closed reads as still open; one outlived by the ring ends in
+// a record of its own.
 TEST(RingFile, BlocksNeverClosedOrOutlivedByTheRing) {
   std::string path = tempPath("open");
   {
@@ -175,8 +171,6 @@ TEST(RingFile, BlocksNeverClosedOrOutlivedByTheRing) {
   for (const auto& r : got) EXPECT_NE(r.text, "vornDmaIfdel ifname=et3");
 }
 
-// A file written for longer than a second is read with the tick rate measured
-// over its life, from the clock pair the writer refreshes.
 TEST(RingFile, LongLivedFilesKeepTheirWallTimes) {
   std::string path = tempPath("long-lived");
   std::int64_t first, last;

@@ -1,6 +1,5 @@
-// Serves a fixed text as "/proc/vorn-dma" through the kernel seam for a
-// scope, a few bytes per read if asked, and counts opens and closes.
-// Everything else goes to the table in force before. One at a time.
+// Serves a fixed text as "/proc/vorn-dma" for a scope, a few bytes per read
+// if asked, and counts opens and closes. One at a time.
 #pragma once
 
 #include <algorithm>

@@ -1,19 +1,18 @@
-// Helpers the test suites share: environment variables for a scope, captured
-// trace lines, a kernel table that refuses everything.
+// Helpers the test suites share.
 #pragma once
 
+#include <cerrno>
 #include <cstdlib>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "Kernel/Kernel.h"
 #include "Mox/Trace.h"
 
-// The end of an aborted child's error output, for death-test patterns that
-// allow nothing after the process's own text. Where 32-bit programs run under
-// qemu's user-mode emulator, the emulator writes one line of its own after
-// the abort, even with core dumps off.
+// The end of an aborted child's error output; qemu's user-mode emulator (32-bit
+// runs) writes one line of its own after the abort.
 #define VORN_ABORT_END "\n(qemu: uncaught target signal 6 \\(Aborted\\) - core dumped\n)?$"
 
 namespace VornTest {
@@ -40,8 +39,18 @@ class ScopedEnv {
   std::optional<std::string> old_;
 };
 
+// Linux, except that nothing can be opened: no driver is loaded.
+inline Kernel::Ops noDriverOps() {
+  Kernel::Ops ops = Kernel::linuxOps();
+  ops.open = [](const char*, int) {
+    errno = ENOENT;
+    return -1;
+  };
+  return ops;
+}
+
 // Captures the trace lines of every handle for a scope, enabling all levels of
-// the handles named at construction. Lines read "text" as the handle wrote it.
+// the handles named at construction.
 class TraceCapture {
  public:
   explicit TraceCapture(std::initializer_list<const char*> handles = {"VornDma"}) {

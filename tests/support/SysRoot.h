@@ -1,8 +1,6 @@
 // A stand-in for the kernel's "/sys" and "/proc/irq" trees: a temporary
-// directory that a test fills, reached through the kernel seam while the
-// SysRoot lives. open and opendir of paths under "/sys/" and "/proc/irq/" go
-// to the same path below it; sysconf(_SC_NPROCESSORS_ONLN) answers the count
-// set; everything else goes to the table in force before. One at a time.
+// directory reached through the kernel seam while the SysRoot lives, with a
+// chosen CPU count. One at a time.
 #pragma once
 
 #include <dirent.h>
@@ -47,30 +45,25 @@ class SysRoot {
   SysRoot(const SysRoot&) = delete;
   SysRoot& operator=(const SysRoot&) = delete;
 
-  // Where an absolute kernel path lives in the temporary directory.
   std::string path(std::string_view kernelPath) const { return root_ + std::string(kernelPath); }
 
   // What sysconf(_SC_NPROCESSORS_ONLN) answers; unset, the machine's count.
   void onlineCpusIs(long cpus) { onlineCpus_ = cpus; }
 
-  // Creates (or replaces) a file with `content`, and its directories.
   void fileIs(std::string_view kernelPath, std::string_view content) const {
     std::filesystem::path p = path(kernelPath);
     std::filesystem::create_directories(p.parent_path());
     std::ofstream(p, std::ios::binary | std::ios::trunc) << content;
   }
-  // Creates a directory and its parents.
   void dirIs(std::string_view kernelPath) const {
     std::filesystem::create_directories(path(kernelPath));
   }
-  // Creates a symbolic link at `kernelPath` to `target` (a real path, for
-  // example "/dev/full" for a file whose writes fail).
+  // `target` is a real path, "/dev/full" for a file whose writes fail.
   void symlinkIs(std::string_view kernelPath, const std::string& target) const {
     std::filesystem::path p = path(kernelPath);
     std::filesystem::create_directories(p.parent_path());
     std::filesystem::create_symlink(target, p);
   }
-  // The content of a file, or nullopt when there is none.
   std::optional<std::string> file(std::string_view kernelPath) const {
     std::ifstream in(path(kernelPath), std::ios::binary);
     if (!in) return std::nullopt;

@@ -1,5 +1,4 @@
-// Identifier types of the chip type library: nulls and minimums, destinations,
-// the revision list.
+// Identifier types of the chip type library.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,9 +12,6 @@ using testing::Pair;
 
 namespace {
 
-// Null is the largest value accepted, and the value a default id holds; a type
-// with a minimum refuses the values below it (the library's tests check the
-// range texts of the ids it checks its inputs with).
 TEST(Ids, NullIsTheLargestValueAndMinTheSmallest) {
   EXPECT_TRUE(FapPortId(256).isNull());
   EXPECT_EQ(FapPortId(), FapPortId(256));

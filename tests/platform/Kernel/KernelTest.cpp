@@ -1,6 +1,4 @@
-// The kernel seam: Linux by default, a test's table when one is installed,
-// including a table that keeps Linux's ioctl and getenv (the command path then
-// makes the system call and scans the environment itself) or replaces them.
+// The kernel seam: Linux by default, a test's table when one is installed.
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -17,10 +15,8 @@ namespace {
 
 int gIoctlCalls = 0;
 
-// Linux's ioctl, also through a copy of the Linux table with its own open;
-// an installed table's ioctl instead. ioctlError is the command path's form:
-// the answer as an error number, from the system call made inline or from the
-// installed table.
+// ioctlError answers with an error number, from the system call made inline
+// or from the installed table.
 TEST(KernelSeam, IoctlReachesLinuxOrTheInstalledTable) {
   int fds[2];
   ASSERT_EQ(::pipe(fds), 0);
@@ -75,9 +71,6 @@ TEST(KernelSeam, GetenvReadsTheEnvironmentOrTheInstalledTable) {
   EXPECT_EQ(Kernel::getenv("PATH"), nullptr);
 }
 
-// The scan on an environment of awkward entries: empty, one character, a
-// first letter or two shared with the name, a name without its '=', a longer
-// name the asked one starts, and one-letter names.
 TEST(KernelSeam, EnvironmentScanFindsTheFirstEntryOfTheName) {
   std::vector<std::string> texts = {
       "",    "S",    "S=1", "SI", "SIM=2", "SHELL=/sh", "SIMULATION_VMIDX=3", "SIMULATION_VMID=",

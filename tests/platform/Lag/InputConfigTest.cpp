@@ -1,5 +1,4 @@
-// The LAG input configuration model: both directions stay consistent when a
-// port moves to another LAG or leaves its own.
+// The LAG input configuration stays consistent both ways.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

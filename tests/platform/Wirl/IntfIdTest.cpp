@@ -1,5 +1,4 @@
-// Interface ids: parsing every kind, rejected names, renderings and the kind
-// tests.
+// Interface ids.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -51,9 +50,7 @@ TEST(IntfId, RejectsWhatIsNoInterfaceName) {
                                             testing::StrEq("invalid interface name: \"Bogus7\"")));
 }
 
-// What the library's name helpers do not reach: the kinds they never ask
-// about, the parent of an id that is no sub-interface, and the device names
-// of Ethernet3/1/2 and of port-channel sub-interfaces.
+// What the library's name helpers do not reach.
 TEST(IntfId, KindsParentsAndDeviceNames) {
   const IntfId po("Port-Channel5.100");
   EXPECT_EQ(Wirl::SubIntfId::parentIntfId(po), IntfId("Port-Channel5"));
