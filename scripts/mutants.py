@@ -35,7 +35,7 @@ from dataclasses import dataclass, field
 from pathlib import Path
 
 REPO = Path(__file__).resolve().parent.parent
-TEST_PROGRAMS = ["vorn_tests", "platform_tests", "emu_tests", "tools_tests"]
+TEST_PROGRAMS = ["vorn_tests", "platform_tests", "emu_tests", "tools_tests", "fabricd_tests"]
 FAILED_LINE = re.compile(r"^\[  FAILED  \] (\S+)", re.M)
 
 
