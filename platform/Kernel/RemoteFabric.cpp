@@ -19,8 +19,6 @@ namespace {
 
 // A daemon that has not answered in this long is taken for gone.
 constexpr timeval kAnswerTimeout = {10, 0};
-// The largest fault listing read back.
-constexpr std::uint32_t kMaxControlAnswer = 1 << 20;
 
 char gPath[sizeof(sockaddr_un::sun_path)];
 
@@ -346,7 +344,10 @@ int control(const char* path, Type type, const iovec* parts, int count, std::str
   if (fd < 0) return -1;
   Status status = 0;
   long long rest = requestAnswer(fd, type, parts, count, status);
-  if (rest > kMaxControlAnswer) errno = EPROTO, rest = -1;
+  // An answer longer than its type allows is not the daemon's.
+  if (rest >= 0 && static_cast<unsigned long long>(rest) + sizeof(Status) >
+                       maxAnswerPayload(static_cast<std::uint16_t>(type)))
+    errno = EPROTO, rest = -1;
   if (rest >= 0) {
     text.resize(static_cast<std::size_t>(rest));
     if (!receiveAll(fd, text.data(), text.size())) rest = -1;
