@@ -17,7 +17,7 @@
 
 namespace Ringlog {
 
-constinit thread_local std::uint64_t tBlockStart [[gnu::tls_model("initial-exec")]] = 0;
+constinit thread_local OpenBlock tOpenBlock [[gnu::tls_model("initial-exec")]] = {};
 
 using format::Header;
 using format::Slot;
@@ -153,19 +153,17 @@ Slot* RingFile::writeRecord(MsgId id, std::uint8_t kind, const Arg* args, unsign
 }
 
 void RingFile::write(MsgId id, const Arg* args, unsigned count) noexcept {
-  tBlockStart = 0;
+  tOpenBlock.slot = nullptr;
   if (!base_) return;
   std::uint64_t sequence;
   writeRecord(id, format::kMessage, args, count, format::ticks(), sequence);
 }
 
 void RingFile::writeAtBlockStart(MsgId id, const Arg* args, unsigned count) noexcept {
-  const std::uint64_t blockStart = tBlockStart;
-  tBlockStart = 0;
   if (!base_) return;
-  std::uint64_t sequence;
-  writeRecord(id, format::kMessage, args, count, blockStart ? blockStart : format::ticks(),
-              sequence);
+  messageAtBlockStartWith(id, count, [&](Payload& out) {
+    for (unsigned i = 0; i < count; ++i) out.put(args[i]);
+  });
 }
 
 BlockMark RingFile::openBlock(MsgId id, const Arg* args, unsigned count) noexcept {
@@ -174,7 +172,7 @@ BlockMark RingFile::openBlock(MsgId id, const Arg* args, unsigned count) noexcep
   mark.id = id;
   mark.start = format::ticks();
   mark.record = writeRecord(id, format::kBlock, args, count, mark.start, mark.sequence);
-  tBlockStart = mark.start;
+  tOpenBlock = {static_cast<Slot*>(mark.record), mark.sequence, mark.start};
   return mark;
 }
 

@@ -8,10 +8,13 @@
 // aborts (syserr, a failed assertion) leaves a readable file whose newest
 // record is the last message it wrote. A block timer is one record: its end
 // writes the elapsed time into the record that opened it, so a block that
-// never ended (the process died inside it) reads as still open.
+// never ended (the process died inside it) reads as still open. The message
+// its thread writes right after opening it (a command function's driver
+// command) is stored in that record too, when it fits there whole.
 //
 // A record costs a time-stamp counter read, one atomic increment and the
-// copy of its arguments: no system call, no lock.
+// copy of its arguments: no system call, no lock. A message stored in its
+// block's record costs only the copy.
 //
 //   Ringlog::RingFile* f = Ringlog::openDefaultRingFile("agent");  // default file
 //   for (auto& r : Ringlog::readRingFile(path)) puts(r.text.c_str());

@@ -23,8 +23,8 @@
 
 namespace Ringlog::format {
 
-inline constexpr char kMagic[8] = {'V', 'R', 'I', 'N', 'G', 'L', 'G', '2'};
-inline constexpr std::uint32_t kVersion = 2;
+inline constexpr char kMagic[8] = {'V', 'R', 'I', 'N', 'G', 'L', 'G', '3'};
+inline constexpr std::uint32_t kVersion = 3;
 inline constexpr std::uint32_t kHeaderSize = 4096;
 inline constexpr std::uint32_t kSlotSize = 256;
 inline constexpr std::uint32_t kDescriptorBytes = 64 * 1024;
@@ -70,6 +70,12 @@ enum Kind : std::uint8_t {
 // How an argument is stored in a payload: the type byte, then 8 bytes, or a
 // 16-bit length and the bytes of a string.
 enum ArgType : std::uint8_t { kTypeInt = 1, kTypeUint = 2, kTypeStr = 3, kTypeDouble = 4 };
+// After a block's arguments, the message its thread wrote next, inside the
+// block, at the block's opening time (a command function's driver command):
+// this byte, the message id (4 bytes), its argument count (1 byte), then its
+// arguments. It costs no slot, no sequence number and no clock read of its own.
+inline constexpr std::uint8_t kFollowingMessage = 5;
+inline constexpr std::size_t kFollowingHeader = 6;
 
 // One record. `sequence` is written last: 0 while the slot is being written,
 // the record's sequence number plus one once it is complete.

@@ -68,12 +68,11 @@ class WallClock {
   double rate_;
 };
 
-// The arguments stored in a slot's payload; they point into `s`.
-std::vector<Arg> payloadArgs(const Slot& s) {
+// The `argc` arguments stored from `p` on, short of `end`; they point into
+// the payload, and `p` is left after the last.
+std::vector<Arg> payloadArgs(const unsigned char*& p, const unsigned char* end, unsigned argc) {
   std::vector<Arg> args;
-  const unsigned char* p = s.payload;
-  const unsigned char* end = s.payload + std::min<std::size_t>(s.payloadBytes, sizeof s.payload);
-  for (unsigned a = 0; a < s.argc && p < end; ++a) {
+  for (unsigned a = 0; a < argc && p < end; ++a) {
     Arg arg{};
     std::uint8_t type = *p++;
     if (type == format::kTypeStr && p + 2 <= end) {
@@ -130,6 +129,12 @@ bool readRingFile(const std::string& path, std::vector<DecodedRecord>& out, std:
     formats[id].assign(reinterpret_cast<const char*>(base + h.descriptorOffset + at + 8), len);
     at += (8 + len + 3) & ~3u;
   }
+  auto formatOf = [&formats](MsgId id) {
+    auto f = formats.find(id);
+    if (f != formats.end()) return f->second;
+    std::string unknown = std::to_string(id);
+    return unknown.insert(0, 1, '#');
+  };
   const WallClock clock(h);
   const unsigned char* slotBase = base + h.descriptorOffset + h.descriptorCapacity;
   for (std::uint32_t i = 0; i < h.slotCount; ++i) {
@@ -137,9 +142,10 @@ bool readRingFile(const std::string& path, std::vector<DecodedRecord>& out, std:
     std::memcpy(static_cast<void*>(&s), slotBase + std::size_t{i} * format::kSlotSize, sizeof s);
     std::uint64_t seq = s.sequence.load();
     if (seq == 0) continue;
-    std::vector<Arg> args = payloadArgs(s);
-    auto f = formats.find(s.msgId);
-    std::string text = f != formats.end() ? f->second : "#" + std::to_string(s.msgId);
+    const unsigned char* p = s.payload;
+    const unsigned char* end = s.payload + std::min<std::size_t>(s.payloadBytes, sizeof s.payload);
+    std::vector<Arg> args = payloadArgs(p, end, s.argc);
+    std::string text = formatOf(s.msgId);
     DecodedRecord r;
     r.sequence = seq - 1;
     r.wallNs = clock.wallNs(s.ticks);
@@ -156,9 +162,27 @@ bool readRingFile(const std::string& path, std::vector<DecodedRecord>& out, std:
       r.elapsedNs = elapsed ? clock.ns(elapsed - 1) : 0;
     }
     out.push_back(std::move(r));
+    if (s.kind == format::kBlock && end - p >= static_cast<long>(format::kFollowingHeader) &&
+        *p == format::kFollowingMessage) {
+      // The message written inside the block, at its opening time.
+      MsgId id;
+      std::memcpy(&id, p + 1, 4);
+      const unsigned argc = p[5];
+      p += format::kFollowingHeader;
+      std::vector<Arg> inner = payloadArgs(p, end, argc);
+      DecodedRecord following;
+      following.sequence = seq - 1;
+      following.wallNs = out.back().wallNs;
+      following.text =
+          render(formatOf(id).c_str(), inner.data(), static_cast<unsigned>(inner.size()));
+      out.push_back(std::move(following));
+    }
   }
-  std::sort(out.begin(), out.end(),
-            [](const DecodedRecord& a, const DecodedRecord& b) { return a.sequence < b.sequence; });
+  // Stable: a message stored in its block's record shares the block's number
+  // and stays after it.
+  std::stable_sort(out.begin(), out.end(), [](const DecodedRecord& a, const DecodedRecord& b) {
+    return a.sequence < b.sequence;
+  });
   return true;
 }
 

@@ -19,11 +19,17 @@
 
 namespace Ringlog {
 
-// The opening time of the block this thread opened last in a ring file,
-// while no message has followed it; 0 otherwise. Initial-exec and constant
-// initialised: reading it is a load relative to the thread pointer, with no
-// call and no test for an initialiser first.
-extern thread_local constinit std::uint64_t tBlockStart [[gnu::tls_model("initial-exec")]];
+// The record of the block this thread opened last in a ring file, while no
+// message has followed it (slot null otherwise): the next message may be
+// stored in it. Initial-exec and constant initialised: reading it is a load
+// relative to the thread pointer, with no call and no test for an
+// initialiser first.
+struct OpenBlock {
+  format::Slot* slot;
+  std::uint64_t sequence;
+  std::uint64_t start;
+};
+extern thread_local constinit OpenBlock tOpenBlock [[gnu::tls_model("initial-exec")]];
 
 // Encodes arguments into a record's payload, as far as they fit: a number
 // takes its type byte and 8 bytes; a string its type byte, a 16-bit length
@@ -32,7 +38,8 @@ extern thread_local constinit std::uint64_t tBlockStart [[gnu::tls_model("initia
 class Payload {
  public:
   explicit Payload(unsigned char* begin) noexcept
-      : p_(begin), end_(begin + sizeof(format::Slot::payload)) {}
+      : Payload(begin, begin + sizeof(format::Slot::payload)) {}
+  Payload(unsigned char* begin, unsigned char* end) noexcept : p_(begin), end_(end) {}
 
   void put(const Arg& a) noexcept {
     if (full_ || end_ - p_ < 9) {
@@ -41,6 +48,7 @@ class Payload {
     }
     if (a.kind == Arg::kStr) {
       const std::size_t room = static_cast<std::size_t>(end_ - p_) - 3;
+      if (a.len > room) cut_ = true;
       const auto len = static_cast<std::uint16_t>(a.len < room ? a.len : room);
       *p_ = format::kTypeStr;
       std::memcpy(p_ + 1, &len, 2);
@@ -64,13 +72,17 @@ class Payload {
       full_ = true;
       return;
     }
+    // Through locals: a store through a char pointer may change end_, so a
+    // loop on the member reloads it at every character.
     unsigned char* const text = p_ + 3;
-    unsigned char* d = text;
-    while (d < end_ && *s) *d++ = static_cast<unsigned char>(*s++);
-    const auto len = static_cast<std::uint16_t>(d - text);
+    const std::size_t room = static_cast<std::size_t>(end_ - text);
+    std::size_t len = 0;
+    for (; len < room && s[len]; ++len) text[len] = static_cast<unsigned char>(s[len]);
+    if (s[len]) cut_ = true;
     *p_ = format::kTypeStr;
-    std::memcpy(p_ + 1, &len, 2);
-    p_ = d;
+    const auto len16 = static_cast<std::uint16_t>(len);
+    std::memcpy(p_ + 1, &len16, 2);
+    p_ = text + len;
     ++count_;
   }
   // A caller's value, through the same conversion as an argument array's.
@@ -81,12 +93,15 @@ class Payload {
 
   unsigned count() const noexcept { return count_; }
   unsigned char* end() const noexcept { return p_; }
+  // True when an argument was left out or a string shortened.
+  bool cut() const noexcept { return full_ || cut_; }
 
  private:
   unsigned char* p_;
   unsigned char* const end_;
   unsigned count_ = 0;
   bool full_ = false;
+  bool cut_ = false;
 };
 
 class RingWriter {
@@ -97,7 +112,7 @@ class RingWriter {
   // Writes a message with the arguments `a`.
   template <typename... A>
   void message(MsgId id, const A&... a) noexcept {
-    tBlockStart = 0;
+    tOpenBlock.slot = nullptr;
     std::uint64_t sequence;
     format::Slot* s = begin(id, format::kMessage, format::ticks(), sequence);
     Payload out(s->payload);
@@ -106,16 +121,25 @@ class RingWriter {
   }
 
   // A message that may carry the opening time of the block this thread
-  // opened last (see TraceFile::writeAtBlockStart).
+  // opened last (see TraceFile::writeAtBlockStart): stored in the block's
+  // record when it directly follows the opening and fits there whole,
+  // otherwise a record of its own at the block's opening time.
   template <typename... A>
   void messageAtBlockStart(MsgId id, const A&... a) noexcept {
-    const std::uint64_t blockStart = tBlockStart;
-    tBlockStart = 0;
+    messageAtBlockStartWith(id, sizeof...(A), [&](Payload& out) { (out.put(a), ...); });
+  }
+
+  // The same with arguments that `put` writes into a payload.
+  template <typename Put>
+  void messageAtBlockStartWith(MsgId id, unsigned count, const Put& put) noexcept {
+    const OpenBlock block = tOpenBlock;
+    tOpenBlock.slot = nullptr;
+    if (block.slot && appendToBlock(block, id, count, put)) return;
     std::uint64_t sequence;
     format::Slot* s =
-        begin(id, format::kMessage, blockStart ? blockStart : format::ticks(), sequence);
+        begin(id, format::kMessage, block.slot ? block.start : format::ticks(), sequence);
     Payload out(s->payload);
-    (out.put(a), ...);
+    put(out);
     finish(s, out, sequence);
   }
 
@@ -130,14 +154,14 @@ class RingWriter {
     (out.put(a), ...);
     finish(s, out, mark.sequence);
     mark.record = s;
-    tBlockStart = mark.start;
+    tOpenBlock = {s, mark.sequence, mark.start};
     return mark;
   }
 
   // Writes the block's length into its record, or, when the ring has reused
   // that slot meanwhile, a record of its own.
   void closeBlock(const BlockMark& mark) noexcept {
-    tBlockStart = 0;
+    tOpenBlock.slot = nullptr;
     if (!mark.record) return;
     const std::uint64_t elapsed = format::ticks() - mark.start;
     auto* s = static_cast<format::Slot*>(mark.record);
@@ -170,6 +194,30 @@ class RingWriter {
     s->payloadBytes = static_cast<std::uint16_t>(out.end() - s->payload);
     s->sequence.store(sequence + 1, std::memory_order_release);
     if (s->ticks >= nextRefresh_.load(std::memory_order_relaxed)) refreshClock(s->ticks);
+  }
+
+  // Stores message `id`, with the `count` arguments `put` writes, after the
+  // arguments of the open block's record; false (nothing published) when the
+  // ring has reused that slot or the message does not fit there whole. The
+  // record's payload length is published last, so a reader sees the message
+  // whole or not at all.
+  template <typename Put>
+  bool appendToBlock(const OpenBlock& block, MsgId id, unsigned count, const Put& put) noexcept {
+    format::Slot* const s = block.slot;
+    if (s->sequence.load(std::memory_order_acquire) != block.sequence + 1) return false;
+    unsigned char* const at = s->payload + s->payloadBytes;
+    unsigned char* const end = s->payload + sizeof s->payload;
+    if (static_cast<std::size_t>(end - at) < format::kFollowingHeader) return false;
+    Payload out(at + format::kFollowingHeader, end);
+    put(out);
+    if (out.cut()) return false;
+    storeDescriptor(id);
+    at[0] = format::kFollowingMessage;
+    std::memcpy(at + 1, &id, 4);
+    at[5] = static_cast<unsigned char>(count);
+    std::atomic_ref<std::uint16_t>(s->payloadBytes)
+        .store(static_cast<std::uint16_t>(out.end() - s->payload), std::memory_order_release);
+    return true;
   }
 
   // Stores the descriptor of `id` in the file the first time it is used.

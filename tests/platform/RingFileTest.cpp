@@ -141,6 +141,49 @@ TEST(RingFile, BlockTimesAndTheMessagesThatShareThem) {
       testing::MatchesRegex("[0-9-]+ [0-9:.]+ vornDmaIfdel ifname=et1 \\[took [0-9]+ ns\\]"));
 }
 
+// The message written right after a block opens is kept in the block's own
+// slot, in place or from an argument array, when it fits there whole; one
+// that does not fit gets a slot of its own, still at the block's time.
+TEST(RingFile, TheMessageThatOpensABlockSharesItsSlot) {
+  std::string path = tempPath("shared-slot");
+  const std::string longText(230, 'c');
+  unsigned slots;
+  {
+    Ringlog::RingFile file(path, 0);
+    Ringlog::defaultFileIs(&file);
+    slots = file.slotCount();
+    for (unsigned n = 0; n < slots; ++n) {
+      RINGLOG_BLOCK("block %u", n);
+      if (n % 2) {
+        RINGLOG_AT_BLOCK_START("fab_ioctl buf=%s", "devstate fap0 up");
+      } else {
+        static const Ringlog::MsgId id = Ringlog::registerMessage("array %u");
+        const Ringlog::Arg arg = Ringlog::arg(n);
+        static_cast<Ringlog::TraceFile&>(file).writeAtBlockStart(id, &arg, 1);
+      }
+    }
+    {
+      RINGLOG_BLOCK("block %s", "long");
+      RINGLOG_AT_BLOCK_START("fab_ioctl buf=%s", longText.c_str());
+    }
+    Ringlog::defaultFileIs(nullptr);
+  }
+  std::vector<Ringlog::DecodedRecord> got = records(path);
+  // The long pair's two slots took those of the two oldest pairs.
+  ASSERT_EQ(got.size(), 2 * slots - 2);
+  for (std::size_t i = 0; i + 2 < got.size(); i += 2) {
+    const unsigned n = static_cast<unsigned>(i / 2 + 2);
+    EXPECT_EQ(got[i].text, "block " + std::to_string(n));
+    EXPECT_EQ(got[i + 1].text,
+              n % 2 ? "fab_ioctl buf=devstate fap0 up" : "array " + std::to_string(n));
+    EXPECT_EQ(got[i + 1].wallNs, got[i].wallNs);
+  }
+  EXPECT_EQ(got[got.size() - 2].text, "block long");
+  // Its own slot holds 221 of its characters, more than the block's had room for.
+  EXPECT_EQ(got.back().text, "fab_ioctl buf=" + longText.substr(0, 221));
+  EXPECT_EQ(got.back().wallNs, got[got.size() - 2].wallNs);
+}
+
 // A block never closed reads as still open; one outlived by the ring ends in
 // a record of its own.
 TEST(RingFile, BlocksNeverClosedOrOutlivedByTheRing) {
