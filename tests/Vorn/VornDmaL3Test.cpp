@@ -62,6 +62,12 @@ const std::vector<Case>& cases() {
   return all;
 }
 
+#define L3_COMMANDS                                                                        \
+  "vornDmaVirtualMacSet", "vornDmaIpAddrVirtualSet", "vornDmaIp6AddrVirtualSet",           \
+      "vornDmaPeerRouterMacSet", "vornDmaMlagSharedRouterMacIs", "vornDmaArpSnoopingVlan", \
+      "vornDmaPvlanMap", "vornDmaVlanRoutingStatus", "vornDmaVcableSetProto",              \
+      "vornDmaVcableSetMuxid"
+
 class L3 : public testing::Test {
  protected:
   void SetUp() override {
@@ -75,10 +81,7 @@ class L3 : public testing::Test {
 
 // Each command after its entry message (a ring message or a trace line); in
 // simulation nothing is sent.
-CATALOGUE_TEST_F(L3, EachCommandIsSentAfterItsEntryMessage, "vornDmaVirtualMacSet",
-                 "vornDmaIpAddrVirtualSet", "vornDmaIp6AddrVirtualSet", "vornDmaPeerRouterMacSet",
-                 "vornDmaMlagSharedRouterMacIs", "vornDmaArpSnoopingVlan", "vornDmaPvlanMap",
-                 "vornDmaVlanRoutingStatus", "vornDmaVcableSetProto", "vornDmaVcableSetMuxid") {
+CATALOGUE_TEST_F(L3, EachCommandIsSentAfterItsEntryMessage, L3_COMMANDS) {
   {
     ScopedEnv on("SIMULATION_VMID", "1");
     for (const Case& c : cases()) EXPECT_EQ(c.call(), 0u) << c.keyword;
@@ -106,10 +109,7 @@ CATALOGUE_TEST_F(L3, EachCommandIsSentAfterItsEntryMessage, "vornDmaVirtualMacSe
 
 // Refusals are traced and returned, but an invalid argument ends the
 // process (except for the virtual cable).
-CATALOGUE_TEST_F(L3, RefusalsAreTracedAndInvalidArgumentEndsTheProcess, "vornDmaVirtualMacSet",
-                 "vornDmaIpAddrVirtualSet", "vornDmaIp6AddrVirtualSet", "vornDmaPeerRouterMacSet",
-                 "vornDmaMlagSharedRouterMacIs", "vornDmaArpSnoopingVlan", "vornDmaPvlanMap",
-                 "vornDmaVlanRoutingStatus", "vornDmaVcableSetProto", "vornDmaVcableSetMuxid") {
+CATALOGUE_TEST_F(L3, RefusalsAreTracedAndInvalidArgumentEndsTheProcess, L3_COMMANDS) {
   for (const Case& c : cases()) {
     TraceCapture trace;
     driver.answerNext(c.keyword, ENODEV);

@@ -1,18 +1,15 @@
-// LAG commands against the emulated driver, and a round trip through the
-// listing.
+// LAG commands against the emulated driver.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "Kernel/Kernel.h"
 #include "Ringlog/MemoryFile.h"
 #include "Vorn/BadInputCatalogue.h"
-#include "Vorn/LagTestSupport.h"
 #include "Vorn/VornDma.h"
 #include "emu/FabricDriver.h"
 #include "support/Support.h"
@@ -21,8 +18,6 @@
 using namespace Hardware::Vorn;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using VornTest::lagDevice;
-using VornTest::lagTable;
 using VornTest::ScopedEnv;
 using VornTest::TraceCapture;
 
@@ -172,32 +167,6 @@ CATALOGUE_TEST_F(LagCommands, SaiModeSkipsTheMemberCommandsButNotTheLagMode, "vo
     return ok && vornDmaSetLagMode(1, 0, fapTypeArad) == 0 &&
            driver.commands() == std::vector<std::string>{"drvparams 1 0 2"};
   });
-}
-
-TEST_F(LagCommands, RoundTripThroughTheDriversListing) {
-  ASSERT_EQ(vornDmaSetLagMode(0, 0, fapTypeArad), 0);
-  // LAG ids go smallest free first, with a LAG's first member.
-  ASSERT_EQ(vornDmaLagMemberAdd("PortChannel3", "et1_1", 0), 0);  // id 0
-  ASSERT_EQ(vornDmaLagMemberAdd("PortChannel3", "et2_1", 1), 0);
-  ASSERT_EQ(vornDmaLagMemberAdd("PortChannel7", "et3_1", 0), 0);   // id 1
-  ASSERT_EQ(vornDmaLagMemberAdd("PortChannel20", "et4_1", 3), 0);  // id 2
-  ASSERT_EQ(vornDmaLagMemberDel("PortChannel7", 0), 0);            // po7 goes, id 1 is free
-  ASSERT_EQ(vornDmaLagMemberAdd("po30", "et5_1", 2), 0);           // id 1
-  ASSERT_EQ(vornDmaLagMemberConfigAdd("PortChannel3", "Ethernet1/1"), 0);
-  ASSERT_EQ(vornDmaLagMemberConfigAdd("PortChannel3", "Ethernet2/1"), 0);
-  ASSERT_EQ(vornDmaLagMemberConfigAdd("PortChannel3", "Ethernet9/1"), 0);
-  ASSERT_EQ(vornDmaLagMemberConfigDel("PortChannel3", "Ethernet9/1"), 0);
-  ASSERT_EQ(vornDmaLagMemberConfigAdd("PortChannel12", "Ethernet5/1"), 0);  // no members: no id
-  ASSERT_EQ(vornDmaLagMemberConfigAdd("PortChannel20", "Ethernet4/1"), 0);
-  ASSERT_EQ(vornDmaLagConfigMapDel("PortChannel20"), 0);
-
-  VornDmaLags::Ptr lags = vornDmaListLags();
-  EXPECT_EQ(lags->lagDevices(), lagTable({lagDevice("po3", LagId(0), {{"et1_1", 0}, {"et2_1", 1}},
-                                                    {"Ethernet1/1", "Ethernet2/1"}),
-                                          lagDevice("po12", LagId(), {}, {"Ethernet5/1"}),
-                                          lagDevice("po20", LagId(2), {{"et4_1", 3}}),
-                                          lagDevice("po30", LagId(1), {{"et5_1", 2}})}))
-      << driver.procListing();
 }
 
 }  // namespace

@@ -9,15 +9,10 @@
 
 namespace {
 
-TEST(CommandParser, SplitsAtSingleBlanksAndRefusesWhatIsNotACommand) {
-  const char buf[] = "ifadd et1 5 0 ";
+// The library's own commands, an empty last token among them, reach the
+// emulator through its tests; here what the library never sends.
+TEST(CommandParser, RefusesWhatIsNotACommand) {
   Emu::Command c;
-  ASSERT_TRUE(Emu::parseCommand(buf, sizeof buf, c));
-  EXPECT_EQ(c.keyword, "ifadd");
-  ASSERT_EQ(c.argc, 4u);
-  EXPECT_EQ(c.args[0], "et1");
-  EXPECT_EQ(c.args[3], "");  // an empty last token
-
   const char unterminated[4] = {'a', 'b', 'c', 'd'};
   EXPECT_FALSE(Emu::parseCommand(unterminated, sizeof unterminated, c));
   EXPECT_FALSE(Emu::parseCommand("", 1, c));
@@ -31,8 +26,6 @@ TEST(CommandParser, SplitsAtSingleBlanksAndRefusesWhatIsNotACommand) {
 TEST(CommandParser, NumbersMustBeWholeTokens) {
   unsigned long long u;
   for (const char* bad : {"12x", "", "-1"}) EXPECT_FALSE(Emu::parseUnsigned(bad, u)) << bad;
-  EXPECT_TRUE(Emu::parseUnsigned("88b5", u, 16));
-  EXPECT_EQ(u, 0x88b5u);
 }
 
 TEST(FabricDriver, UnknownKeywordsAndArgumentsAreRefused) {

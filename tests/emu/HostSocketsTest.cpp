@@ -34,10 +34,8 @@ TEST(HostSockets, RequestsActOnTheEmulatedNetdevices) {
   ASSERT_EQ(Kernel::ioctl(sock, SIOCGIFHWADDR, &got), 0);
   EXPECT_EQ(std::memcmp(got.ifr_hwaddr.sa_data, mac, 6), 0);
 
-  // An unknown device, a foreign address family, an unknown request.
-  ifreq other = requestFor("et9");
-  EXPECT_EQ(Kernel::ioctl(sock, SIOCGIFFLAGS, &other), -1);
-  EXPECT_EQ(errno, ENODEV);
+  // A foreign address family, an unknown request (an unknown device the
+  // library's flags test meets).
   req.ifr_hwaddr.sa_family = 772;  // loopback
   EXPECT_EQ(Kernel::ioctl(sock, SIOCSIFHWADDR, &req), -1);
   EXPECT_EQ(errno, EINVAL);

@@ -81,7 +81,6 @@ struct Daemon : VornTest::Process {
     EXPECT_TRUE(waitFor("serving")) << output();
   }
   ~Daemon() { stop(); }
-  // Stops the daemon and returns its exit status.
   int stop() {
     signal(SIGTERM);
     return wait();

@@ -24,6 +24,12 @@ struct Outcome {
   std::string out, err;
 };
 
+std::string contents(const std::string& path) {
+  std::stringstream ss;
+  ss << std::ifstream(path).rdbuf();
+  return ss.str();
+}
+
 // Runs vornctl with `args` (shell words) as they are.
 Outcome run(const std::string& args) {
   // ctest runs tests in parallel processes: each run gets a file of its own.
@@ -38,24 +44,17 @@ Outcome run(const std::string& args) {
   while ((n = fread(buf, 1, sizeof buf, p)) > 0) r.out.append(buf, n);
   int raw = pclose(p);
   r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
-  std::ifstream e(errFile);
-  std::stringstream ss;
-  ss << e.rdbuf();
-  r.err = ss.str();
+  r.err = contents(errFile);
   std::remove(errFile.c_str());
   return r;
 }
 
-// Runs vornctl with `args` on the emulated driver.
 Outcome vornctl(const std::string& args) {
   return run("--driver emulated " + args);
 }
 
 std::string expected(const std::string& name) {
-  std::ifstream in(std::string(VORN_SOURCE_DIR) + "/tests/tools/expected/" + name);
-  std::stringstream ss;
-  ss << in.rdbuf();
-  return ss.str();
+  return contents(std::string(VORN_SOURCE_DIR) + "/tests/tools/expected/" + name);
 }
 
 std::string fixture(const std::string& name) {
