@@ -72,10 +72,10 @@ inline Arg arg(T v) {
 
 // Where an open block's message went, so that its file can close it.
 struct BlockMark {
-  std::uint64_t sequence = 0;
-  std::uint64_t start = 0;  // the file's clock when the block opened
-  void* record = nullptr;
-  MsgId id = 0;
+  std::uint64_t sequence;
+  std::uint64_t start;  // the file's clock when the block opened
+  void* record;         // null: nothing to close
+  MsgId id;
 };
 
 }  // namespace Ringlog

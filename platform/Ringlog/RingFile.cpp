@@ -167,7 +167,7 @@ void RingFile::writeAtBlockStart(MsgId id, const Arg* args, unsigned count) noex
 }
 
 BlockMark RingFile::openBlock(MsgId id, const Arg* args, unsigned count) noexcept {
-  BlockMark mark;
+  BlockMark mark{};
   if (!base_) return mark;
   mark.id = id;
   mark.start = format::ticks();

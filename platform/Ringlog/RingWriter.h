@@ -146,7 +146,7 @@ class RingWriter {
   // Writes a block timer's record and returns what closeBlock needs.
   template <typename... A>
   BlockMark openBlock(MsgId id, const A&... a) noexcept {
-    BlockMark mark;
+    BlockMark mark{};
     mark.id = id;
     mark.start = format::ticks();
     format::Slot* s = begin(id, format::kBlock, mark.start, mark.sequence);
