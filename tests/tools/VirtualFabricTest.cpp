@@ -1,6 +1,6 @@
 // One emulated switch shared by real processes through vorn-fabricd: what one
-// process builds, another reads; many build at once; the daemon goes away and
-// comes back. A client that dies mid-request is fabricd_tests' part.
+// process builds, another reads; many build at once; clients die, the daemon
+// goes away and comes back.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -102,6 +102,22 @@ TEST(VirtualFabric, ConcurrentClientsBuildOneListing) {
     EXPECT_EQ(lag["members"], nlohmann::json({{"et" + n + "_1", 0}, {"et" + n + "_2", 1}}));
     EXPECT_EQ(lag["configMembers"], nlohmann::json({"et" + n + "_3", "et" + n + "_4"}));
   }
+}
+
+TEST(VirtualFabric, ClientsKilledMidRunLeaveTheDaemonServingOneConsistentState) {
+  Daemon daemon;
+  for (int n = 1; n <= 4; ++n) {
+    Process doomed({VORN_FABRIC_CLIENT_PATH, "build", std::to_string(n)}, socketPath());
+    ::usleep(static_cast<useconds_t>(500 * n));
+    doomed.signal(SIGKILL);
+  }
+  // Whatever a killed client got done stays; the state still takes commands
+  // and reads back whole.
+  Process survivor({VORN_FABRIC_CLIENT_PATH, "build", "9"}, socketPath());
+  EXPECT_EQ(survivor.wait(), 0) << survivor.output();
+  Outcome lags = vornctl({"lags"});
+  EXPECT_EQ(lags.status, 0) << lags.out;
+  EXPECT_THAT(lags.out, HasSubstr("et9_1:0 et9_2:1"));
 }
 
 TEST(VirtualFabric, ADaemonThatGoesAwayIsAVanishedDeviceUntilItComesBack) {
