@@ -1,8 +1,7 @@
 // The command path against the bare system call: the library's commands go
 // through the real kernel seam to a real descriptor that refuses every
-// request (the random device answers EINVAL to requests it does not know,
-// which every command here returns rather than ending the process), beside a
-// bare ioctl of the same size on the same descriptor.
+// request (Workloads.h), beside a bare ioctl of the same size on the same
+// descriptor.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -11,54 +10,23 @@
 #include <cstdlib>
 #include <cstring>
 #include <optional>
+#include <string_view>
 
 #include "Kernel/Kernel.h"
 #include "Mox/Trace.h"
 #include "Ratios.h"
-#include "Ringlog/RingFile.h"
 #include "Vorn/VornDma.h"
+#include "Workloads.h"
 
 using namespace Hardware::Vorn;
 
 namespace {
 
-int refusingDevice() {
-  static const int fd = ::open("/dev/urandom", O_RDWR | O_CLOEXEC);
-  return fd;
-}
-
-// Linux, except that "/dev/fabric" is the refusing device.
-const Kernel::Ops& refusingFabric() {
-  static const Kernel::Ops ops = [] {
-    Kernel::Ops o = Kernel::linuxOps();
-    o.open = [](const char* path, int flags) {
-      if (std::strcmp(path, "/dev/fabric") == 0) return ::dup(refusingDevice());
-      return Kernel::linuxOps().open(path, flags);
-    };
-    return o;
-  }();
-  return ops;
-}
+using VornBench::refusingDevice;
+using VornBench::RingOn;
 
 struct Setup {
-  Setup() {
-    ::unsetenv("SIMULATION_VMID");
-    Kernel::opsIs(&refusingFabric());
-    Mox::traceHandle("VornDma").allLevelsIs(false);
-  }
-};
-
-// Ring tracing on for the benchmark's scope.
-class RingOn {
- public:
-  RingOn() : file_("/tmp/vorn-bench.rlog", 1 << 20) { Ringlog::defaultFileIs(&file_); }
-  ~RingOn() {
-    Ringlog::defaultFileIs(nullptr);
-    ::unlink("/tmp/vorn-bench.rlog");
-  }
-
- private:
-  Ringlog::RingFile file_;
+  Setup() { VornBench::commandPathSetup(); }
 };
 
 void BM_BareIoctl(benchmark::State& state) {
@@ -86,78 +54,40 @@ void BM_BareSyscall(benchmark::State& state) {
 }
 BENCHMARK(BM_BareSyscall);
 
-template <bool kRing>
-void BM_DeviceUp(benchmark::State& state) {
+// A command against the refusing descriptor, its first call (which opens
+// the device) made before the timing.
+template <int (*kCommand)(), bool kRing>
+void BM_Command(benchmark::State& state) {
   Setup setup;
-  const Mox::String name("fap0");
-  vornDmaDeviceUp(name);
+  kCommand();
   std::optional<RingOn> ring;
   if (kRing) ring.emplace();
   std::size_t before = VornBench::allocations();
-  for (auto _ : state) benchmark::DoNotOptimize(vornDmaDeviceUp(name));
+  for (auto _ : state) benchmark::DoNotOptimize(kCommand());
   state.counters["allocs/cmd"] = static_cast<double>(VornBench::allocations() - before) /
                                  static_cast<double>(state.iterations());
 }
-BENCHMARK(BM_DeviceUp<false>)->Name("BM_vornDmaDeviceUp");
-BENCHMARK(BM_DeviceUp<true>)->Name("BM_vornDmaDeviceUp/ring");
+BENCHMARK(BM_Command<VornBench::deviceUp, false>)->Name("BM_vornDmaDeviceUp");
+BENCHMARK(BM_Command<VornBench::deviceUp, true>)->Name("BM_vornDmaDeviceUp/ring");
+BENCHMARK(BM_Command<VornBench::ifPortUpdate, false>)->Name("BM_vornDmaIfPortUpdate");
+BENCHMARK(BM_Command<VornBench::ifPortUpdate, true>)->Name("BM_vornDmaIfPortUpdate/ring");
+BENCHMARK(BM_Command<VornBench::vlanVsiAdd, false>)->Name("BM_vornDmaVlanVsiAdd");
+BENCHMARK(BM_Command<VornBench::vlanVsiAdd, true>)->Name("BM_vornDmaVlanVsiAdd/ring");
+BENCHMARK(BM_Command<VornBench::tcToVpriMapAdd, false>)->Name("BM_vornDmaTcToVpriMapAdd");
+BENCHMARK(BM_Command<VornBench::tcToVpriMapAdd, true>)->Name("BM_vornDmaTcToVpriMapAdd/ring");
 
-// The three commands the command path is judged by, each against the same
-// refusing descriptor.
-template <bool kRing>
-void BM_IfPortUpdate(benchmark::State& state) {
-  Setup setup;
-  vornDmaIfPortUpdate("et3_1", 1234);
-  std::optional<RingOn> ring;
-  if (kRing) ring.emplace();
-  std::size_t before = VornBench::allocations();
-  for (auto _ : state) benchmark::DoNotOptimize(vornDmaIfPortUpdate("et3_1", 1234));
-  state.counters["allocs/cmd"] = static_cast<double>(VornBench::allocations() - before) /
-                                 static_cast<double>(state.iterations());
-}
-BENCHMARK(BM_IfPortUpdate<false>)->Name("BM_vornDmaIfPortUpdate");
-BENCHMARK(BM_IfPortUpdate<true>)->Name("BM_vornDmaIfPortUpdate/ring");
-
-template <bool kRing>
-void BM_VlanVsiAdd(benchmark::State& state) {
-  Setup setup;
-  vornDmaVlanVsiAdd("et3_1", 100, 200, 0, 4096);
-  std::optional<RingOn> ring;
-  if (kRing) ring.emplace();
-  std::size_t before = VornBench::allocations();
-  for (auto _ : state) benchmark::DoNotOptimize(vornDmaVlanVsiAdd("et3_1", 100, 200, 0, 4096));
-  state.counters["allocs/cmd"] = static_cast<double>(VornBench::allocations() - before) /
-                                 static_cast<double>(state.iterations());
-}
-BENCHMARK(BM_VlanVsiAdd<false>)->Name("BM_vornDmaVlanVsiAdd");
-BENCHMARK(BM_VlanVsiAdd<true>)->Name("BM_vornDmaVlanVsiAdd/ring");
-
-// The driver refuses with ENOTTY, which this command returns (not one of the
-// answers that end the process).
-template <bool kRing>
-void BM_TcToVpriMapAdd(benchmark::State& state) {
-  Setup setup;
-  unsigned map[8] = {0, 1, 2, 3, 4, 5, 6, 7};
-  std::optional<RingOn> ring;
-  if (kRing) ring.emplace();
-  std::size_t before = VornBench::allocations();
-  for (auto _ : state) benchmark::DoNotOptimize(vornDmaTcToVpriMapAdd("et3_1", map));
-  state.counters["allocs/cmd"] = static_cast<double>(VornBench::allocations() - before) /
-                                 static_cast<double>(state.iterations());
-}
-BENCHMARK(BM_TcToVpriMapAdd<false>)->Name("BM_vornDmaTcToVpriMapAdd");
-BENCHMARK(BM_TcToVpriMapAdd<true>)->Name("BM_vornDmaTcToVpriMapAdd/ring");
-
-// One driver-command message to a present ring file, and the check when there
-// is none.
+// One driver-command message to a present ring file, as the command path
+// writes it (the text with the length its writer measured), and the check
+// when there is no file.
 void BM_RingMessage(benchmark::State& state) {
   RingOn ring;
-  const char* cmd = "ifportupdate et3_1 1234";
+  const std::string_view cmd = "ifportupdate et3_1 1234";
   for (auto _ : state) RINGLOG("fab_ioctl buf=%s", cmd);
 }
 BENCHMARK(BM_RingMessage);
 
 void BM_RingAbsent(benchmark::State& state) {
-  const char* cmd = "ifportupdate et3_1 1234";
+  const std::string_view cmd = "ifportupdate et3_1 1234";
   for (auto _ : state) {
     RINGLOG("fab_ioctl buf=%s", cmd);
     benchmark::ClobberMemory();

@@ -6,26 +6,15 @@
 #include "Mox/Trace.h"
 #include "Ratios.h"
 #include "Vorn/EgressBufferSm.h"
+#include "Workloads.h"
 
 using namespace Hardware::Vorn;
 
 namespace {
 
-struct TwoRevisionSystem {
-  explicit TwoRevisionSystem(Redundancy::RedundancyMode mode)
-      : redundancy(new Redundancy::RedundancyStatus()), chips(new Status()) {
-    Mox::traceHandle("EgressBufferSm").allLevelsIs(false);
-    redundancy->modeIs(mode);
-    chips->supportedFapRevMajors().is(fapRevMajor3, fapTypeArad);
-    chips->supportedFapRevMajors().is(fapRevMajor8, fapTypeJericho);
-  }
-  Redundancy::RedundancyStatus::Ptr redundancy;
-  Status::Ptr chips;
-};
-
 template <Redundancy::RedundancyMode kMode>
 void BM_EgressBufferingSm(benchmark::State& state) {
-  TwoRevisionSystem sys(kMode);
+  VornBench::TwoRevisionSystem sys(kMode);
   for (auto _ : state) {
     EgressBufferStatus::Ptr status(new EgressBufferStatus());
     benchmark::DoNotOptimize(egressBufferingSmFactory(nullptr, status, sys.redundancy, sys.chips));
