@@ -198,12 +198,17 @@ class RingWriter {
 
   // Stores message `id`, with the `count` arguments `put` writes, after the
   // arguments of the open block's record; false (nothing published) when the
-  // ring has reused that slot or the message does not fit there whole. The
-  // record's payload length is published last, so a reader sees the message
-  // whole or not at all.
+  // block is another file's, the ring has reused its slot or the message
+  // does not fit there whole. The record's payload length is published last,
+  // so a reader sees the message whole or not at all.
   template <typename Put>
   bool appendToBlock(const OpenBlock& block, MsgId id, unsigned count, const Put& put) noexcept {
     format::Slot* const s = block.slot;
+    // A block opened in a file that has since stopped being the default (and
+    // may be gone) is not read: the slot must lie in this file's ring.
+    const std::uintptr_t offset =
+        reinterpret_cast<std::uintptr_t>(s) - reinterpret_cast<std::uintptr_t>(slots_);
+    if (offset > mask_ * sizeof(format::Slot)) return false;
     if (s->sequence.load(std::memory_order_acquire) != block.sequence + 1) return false;
     unsigned char* const at = s->payload + s->payloadBytes;
     unsigned char* const end = s->payload + sizeof s->payload;

@@ -212,6 +212,17 @@ TEST(RingFile, BlocksNeverClosedOrOutlivedByTheRing) {
   ASSERT_FALSE(got.empty());
   EXPECT_THAT(got.back().text, testing::MatchesRegex("end vornDmaIfdel after [0-9]+ ns"));
   for (const auto& r : got) EXPECT_NE(r.text, "vornDmaIfdel ifname=et3");
+  // A block's first message written to another file stays in that file.
+  const std::string otherPath = tempPath("other");
+  {
+    Ringlog::RingFile file(path, 0), other(otherPath, 0);
+    static const Ringlog::MsgId block = Ringlog::registerMessage("vornDmaIfdel ifname=%s");
+    const Ringlog::Arg name = Ringlog::arg("et4");
+    Ringlog::BlockMark mark = file.openBlock(block, &name, 1);
+    static_cast<Ringlog::TraceFile&>(other).writeAtBlockStart(block, &name, 1);
+    file.closeBlock(mark);
+  }
+  EXPECT_THAT(texts(otherPath), ElementsAre("vornDmaIfdel ifname=et4"));
 }
 
 TEST(RingFile, LongLivedFilesKeepTheirWallTimes) {
