@@ -162,7 +162,7 @@ bool readRingFile(const std::string& path, std::vector<DecodedRecord>& out, std:
       r.elapsedNs = elapsed ? clock.ns(elapsed - 1) : 0;
     }
     out.push_back(std::move(r));
-    if (s.kind == format::kBlock && end - p >= static_cast<long>(format::kFollowingHeader) &&
+    if (s.kind == format::kBlock && end - p >= std::ptrdiff_t{format::kFollowingHeader} &&
         *p == format::kFollowingMessage) {
       // The message written inside the block, at its opening time.
       MsgId id;
