@@ -21,6 +21,7 @@ done
 driver="$build/bench/vorn_instructions"
 budgets=bench/instruction-budgets.txt
 [ -x "$driver" ] || { echo "$driver is not built" >&2; exit 2; }
+command -v valgrind >/dev/null || { echo "valgrind is missing (scripts/setup.sh installs it)" >&2; exit 2; }
 
 # The command path scans the environment before every command, so the count
 # depends on it: every figure is taken in this one, 24 variables of a
@@ -39,19 +40,26 @@ count() {
   units=$(env -i "${environment[@]}" TMPDIR="$scratch" valgrind --tool=callgrind \
     --callgrind-out-file="$scratch/$1.out" --collect-atstart=no --toggle-collect=vorn_measure \
     "$driver" "$1" "$2" 2>"$scratch/$1.log") || { cat "$scratch/$1.log" >&2; exit 1; }
-  echo "$(awk '/^summary:/ { print $2 }' "$scratch/$1.out") $units"
+  local ir
+  ir=$(awk '/^summary:/ { print $2 }' "$scratch/$1.out")
+  [[ "$ir" =~ ^[0-9]+$ && "$units" =~ ^[1-9][0-9]*$ ]] || { echo "no count for $1" >&2; exit 1; }
+  echo "$ir $units"
 }
 
-# What the measuring loop itself costs per call, taken off every figure.
-read -r loop _ < <(count nothing 1000)
-echo "Instructions per unit ($(${CXX:-c++} --version | head -1); $(grep -E '^CMAKE_BUILD_TYPE:' \
-  "$build/CMakeCache.txt" | cut -d= -f2) build; the measuring loop's $((loop / 1000)) per call taken off):"
+# What the measuring loop itself costs per call, taken off every figure. A
+# count that fails ends the script (set -e sees the assignment fail).
+result=$(count nothing 1000)
+read -r loop _ <<<"$result"
+cache() { grep -E "^$1:" "$build/CMakeCache.txt" | cut -d= -f2; }
+echo "Instructions per unit ($("$(cache CMAKE_CXX_COMPILER)" --version | head -1); $(cache \
+  CMAKE_BUILD_TYPE) build; the measuring loop's $((loop / 1000)) per call taken off):"
 status=0
 new=()
 while IFS= read -r line; do
   case "$line" in '#'* | '') new+=("$line"); continue ;; esac
   read -r figure budget calls what <<<"$line"
-  read -r ir units < <(count "$figure" "$calls")
+  result=$(count "$figure" "$calls")
+  read -r ir units <<<"$result"
   value=$(awk -v i="$ir" -v l="$loop" -v c="$calls" -v u="$units" \
     'BEGIN { printf "%.1f", (i - l * c / 1000) / u }')
   verdict=$(awk -v v="$value" -v b="$budget" 'BEGIN {
