@@ -17,6 +17,7 @@
 #include "Ratios.h"
 #include "Vorn/VornDma.h"
 #include "Workloads.h"
+#include "support/AllocationCounter.h"
 
 using namespace Hardware::Vorn;
 
@@ -62,10 +63,10 @@ void BM_Command(benchmark::State& state) {
   kCommand();
   std::optional<RingOn> ring;
   if (kRing) ring.emplace();
-  std::size_t before = VornBench::allocations();
+  const VornTest::AllocationScope allocations;
   for (auto _ : state) benchmark::DoNotOptimize(kCommand());
-  state.counters["allocs/cmd"] = static_cast<double>(VornBench::allocations() - before) /
-                                 static_cast<double>(state.iterations());
+  state.counters["allocs/cmd"] =
+      static_cast<double>(allocations.count()) / static_cast<double>(state.iterations());
 }
 BENCHMARK(BM_Command<VornBench::deviceUp, false>)->Name("BM_vornDmaDeviceUp");
 BENCHMARK(BM_Command<VornBench::deviceUp, true>)->Name("BM_vornDmaDeviceUp/ring");

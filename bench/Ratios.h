@@ -15,8 +15,4 @@ void ratio(const std::string& label, const std::string& numerator, const std::st
 // this machine's.
 std::string processor();
 
-// Counts heap allocations of the calling thread (operator new is replaced in
-// the benchmark program).
-std::size_t allocations() noexcept;
-
 }  // namespace VornBench

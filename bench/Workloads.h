@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <map>
 #include <string>
 #include <utility>
@@ -76,34 +77,28 @@ inline int tcToVpriMapAdd() {
 }
 
 // A new empty file in TMPDIR (else /tmp) named after `pattern`, whose last
-// `suffix` characters follow its six X's; its descriptor goes to `fd`.
-inline std::string scratchFile(const char* pattern, int suffix, int& fd) {
+// `suffix` characters follow its six X's.
+inline std::string scratchFile(const char* pattern, int suffix) {
   const char* dir = std::getenv("TMPDIR");
   std::string path = std::string(dir && *dir ? dir : "/tmp") + "/" + pattern;
-  fd = ::mkstemps(path.data(), suffix);
-  if (fd < 0) {
-    std::perror("vorn_bench: scratch file");
-    std::exit(1);
-  }
+  const int fd = ::mkstemps(path.data(), suffix);
+  if (fd < 0) std::perror("vorn_bench: scratch file"), std::exit(1);
+  ::close(fd);
   return path;
 }
 
 // A ring trace file as the default for the object's scope.
 class RingOn {
  public:
-  RingOn() : path_(made()), file_(path_.c_str(), 1 << 20) { Ringlog::defaultFileIs(&file_); }
+  RingOn() : path_(scratchFile("vorn-bench-XXXXXX.rlog", 5)), file_(path_.c_str(), 1 << 20) {
+    Ringlog::defaultFileIs(&file_);
+  }
   ~RingOn() {
     Ringlog::defaultFileIs(nullptr);
     ::unlink(path_.c_str());
   }
 
  private:
-  static std::string made() {
-    int fd;
-    std::string path = scratchFile("vorn-bench-XXXXXX.rlog", 5, fd);
-    ::close(fd);
-    return path;
-  }
   std::string path_;
   Ringlog::RingFile file_;
 };
@@ -132,14 +127,9 @@ inline const std::string& listingFile(int lags, int configs) {
       for (int c = 0; c < configs; ++c)
         lag.configMembers.insert("Ethernet" + std::to_string(n) + "/" + std::to_string(c));
     }
-    const std::string text = Emu::lagListing(state);
-    int fd;
-    const std::string path = scratchFile("vorn-bench-lags-XXXXXX", 0, fd);
-    if (::write(fd, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
-      std::perror("vorn_bench: listing file");
-      std::exit(1);
-    }
-    ::close(fd);
+    const std::string path = scratchFile("vorn-bench-lags-XXXXXX", 0);
+    if (!(std::ofstream(path) << Emu::lagListing(state)))
+      std::perror("vorn_bench: listing file"), std::exit(1);
     it->second = path;
     std::atexit([] {
       for (const auto& [size, file] : files) ::unlink(file.c_str());

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -23,8 +22,6 @@ std::vector<Ratio>& ratios() {
   static std::vector<Ratio> r;
   return r;
 }
-
-thread_local std::size_t tAllocations = 0;
 
 // Keeps every benchmark's CPU time per iteration (nanoseconds) by name: the
 // median of its repetitions when it was repeated, else its one run. CPU time,
@@ -80,10 +77,6 @@ void ratio(const std::string& label, const std::string& numerator, const std::st
   ratios().push_back({label, numerator, denominator, target});
 }
 
-std::size_t allocations() noexcept {
-  return tAllocations;
-}
-
 std::string processor() {
   std::FILE* f = std::fopen("/proc/cpuinfo", "r");
   char line[256];
@@ -100,18 +93,6 @@ std::string processor() {
 }
 
 }  // namespace VornBench
-
-void* operator new(std::size_t n) {
-  ++VornBench::tAllocations;
-  if (void* p = std::malloc(n ? n : 1)) return p;
-  throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept {
-  std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept {
-  std::free(p);
-}
 
 int main(int argc, char** argv) {
   std::vector<char*> args = VornBench::withDefaultRepetitions(argc, argv);
